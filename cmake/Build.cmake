@@ -1,0 +1,43 @@
+# Flags that every target of this project shares.
+
+add_library(vynlib_flags INTERFACE)
+target_compile_options(vynlib_flags INTERFACE
+  -Wall -Wextra -Wconversion -Wshadow
+  -fstack-protector-strong -fcf-protection=full)
+target_link_options(vynlib_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+if(VYNLIB_WERROR)
+  target_compile_options(vynlib_flags INTERFACE -Werror)
+endif()
+if(VYNLIB_SANITIZE)
+  target_compile_options(vynlib_flags INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(vynlib_flags INTERFACE -fsanitize=address,undefined)
+else()
+  # Fortify needs optimisation, and the address sanitizer does its checks better.
+  target_compile_options(vynlib_flags INTERFACE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+endif()
+if(VYNLIB_COVERAGE)
+  target_compile_options(vynlib_flags INTERFACE --coverage -O0 -fno-inline)
+  target_link_options(vynlib_flags INTERFACE --coverage)
+endif()
+if(VYNLIB_FUZZ)
+  target_compile_options(vynlib_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# vyn_test(NAME SOURCES... [LIBS libraries...]): one GoogleTest program, each of its tests known to ctest.
+function(vyn_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES} ${ARG_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} vynlib_flags GTest::gmock GTest::gtest_main)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+  gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()
+
+# vyn_shared_library(TARGET FILE-NAME): soname lib<name>.so.1, and the public functions as the only exports.
+function(vyn_shared_library target name)
+  set_target_properties(${target} PROPERTIES
+    OUTPUT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+    LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  target_link_options(${target} PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  target_include_directories(${target} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+endfunction()
