@@ -1,0 +1,45 @@
+#include "hw/TReadWrite.h"
+
+#include <cstdio>
+
+#include "hw/Platform.h"
+
+namespace {
+constexpr unsigned int kPcieBaseUnknown = 0xFFFFFFFF;
+constexpr int kPortAccessLevel = 3;
+constexpr int kNoPortAccessLevel = 0;
+}  // namespace
+
+TReadWrite* TReadWrite::g_Instance = nullptr;
+
+TReadWrite::TReadWrite()
+    : IoplFailed(platform::SetIoPrivilegeLevel(kPortAccessLevel) != 0),
+      PcieBase(kPcieBaseUnknown),
+      PcieAddress(0),
+      PcieByteOffset(0),
+      PciAddress(0),
+      PciDataPort(0) {}
+
+TReadWrite::~TReadWrite() { platform::SetIoPrivilegeLevel(kNoPortAccessLevel); }
+
+TReadWrite* TReadWrite::GetInstance() {
+  if (g_Instance != nullptr) return g_Instance;
+  auto* instance = new TReadWrite;
+  if (!instance->CheckPrivilege()) {
+    delete instance;
+    return nullptr;
+  }
+  g_Instance = instance;
+  return g_Instance;
+}
+
+void TReadWrite::FreeInstance() {
+  delete g_Instance;
+  g_Instance = nullptr;
+}
+
+bool TReadWrite::CheckPrivilege() {
+  if (IoplFailed == 0) return true;
+  std::puts("Please run as root!");
+  return false;
+}

@@ -66,8 +66,7 @@ class TReadWrite {
 
   /// Composes the 0xCF8 value and the data port, stores both in the fields and returns the value. Device and function
   /// are added unmasked, so numbers beyond 31 and 7 carry into the neighbouring fields.
-  unsigned int TranslatePciAddress(unsigned char bus, unsigned char device, unsigned char function,
-                                   unsigned short reg);
+  unsigned int TranslatePciAddress(unsigned char bus, unsigned char device, unsigned char function, unsigned short reg);
   unsigned int TranslatePciAddress(unsigned char bus, unsigned char device, unsigned char function, unsigned short reg,
                                    unsigned int* address, unsigned short* port);
 
@@ -91,8 +90,8 @@ class TReadWrite {
   bool PciWriteConfigEx(unsigned char bus, unsigned char device, unsigned char function, void* buffer,
                         Set<unsigned char, 0, 255> skip);
   /// `count` bytes from register `start` on, one byte access each.
-  bool PciReadBlock(unsigned char bus, unsigned char device, unsigned char function, unsigned short start,
-                    void* buffer, unsigned short count);
+  bool PciReadBlock(unsigned char bus, unsigned char device, unsigned char function, unsigned short start, void* buffer,
+                    unsigned short count);
   bool PciWriteBlock(unsigned char bus, unsigned char device, unsigned char function, unsigned short start,
                      void* buffer, unsigned short count);
 

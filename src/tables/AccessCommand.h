@@ -49,14 +49,14 @@ struct CommandField {
 
 struct CommandLayout {
   uint8_t kind;
-  uint8_t form;     ///< 0 = any
-  uint8_t length;   ///< bytes of the record
-  bool steps;       ///< a walk can step over it; one that cannot stops the walk after it has run
-  uint8_t valueBytes;  ///< bytes of the value that are compared with the expected value
-  CommandField address;   ///< physical address, port, index port, register number, slave address, or bus
-  CommandField second;    ///< data port, command byte, or device
-  CommandField third;     ///< register index, or function
-  CommandField reg;       ///< PCI register offset
+  uint8_t form;          ///< 0 = any
+  uint8_t length;        ///< bytes of the record
+  bool steps;            ///< a walk can step over it; one that cannot stops the walk after it has run
+  uint8_t valueBytes;    ///< bytes of the value that are compared with the expected value
+  CommandField address;  ///< physical address, port, index port, register number, slave address, or bus
+  CommandField second;   ///< data port, command byte, or device
+  CommandField third;    ///< register index, or function
+  CommandField reg;      ///< PCI register offset
   CommandField andMask, orMask, expected, argument;
   CommandField unit, count;  ///< of delays
 };
