@@ -17,17 +17,17 @@ namespace sim {
 /// One thing the library did to the machine, in order.
 struct Access {
   enum Kind {
-    kIopl,       ///< value = level
-    kIn,         ///< address = port, width = bytes, value = what was read
-    kOut,        ///< address = port, width = bytes, value = what was written
-    kOpen,       ///< text = path, value = 0 read, 1 read/write/sync
-    kClose,      ///< (nothing)
-    kMap,        ///< address = file offset, width = 1 when writable, value = length in bytes
-    kUnmap,      ///< address = file offset, value = length in bytes
-    kMemWrite,   ///< one byte that a writable mapping changed: address = physical, width = 1, value = new byte
-    kReadAt,     ///< address = file offset, value = bytes asked for
-    kCommand,    ///< text = the shell command
-    kSleep,      ///< value = microseconds
+    kIopl,      ///< value = level
+    kIn,        ///< address = port, width = bytes, value = what was read
+    kOut,       ///< address = port, width = bytes, value = what was written
+    kOpen,      ///< text = path, value = 0 read, 1 read/write/sync
+    kClose,     ///< (nothing)
+    kMap,       ///< address = file offset, width = 1 when writable, value = length in bytes
+    kUnmap,     ///< address = file offset, value = length in bytes
+    kMemWrite,  ///< one byte that a writable mapping changed: address = physical, width = 1, value = new byte
+    kReadAt,    ///< address = file offset, value = bytes asked for
+    kCommand,   ///< text = the shell command
+    kSleep,     ///< value = microseconds
   };
   Kind kind;
   uint64_t address = 0;
@@ -83,18 +83,22 @@ class Board {
   /// The board that the simulated platform acts on. When none was made current, the board file named by VYNLIB_BOARD is
   /// loaded on first use; when that fails, one line on standard error says why and an unprivileged board stands in.
   static Board& Current();
-  /// Makes `board` current (not owned); null returns to the default.
+  /// Makes `board` current (not owned); null returns to the default, which is then loaded afresh.
   static void MakeCurrent(Board* board);
 
   // --- building ---
-  bool privileged = true;  ///< iopl succeeds
-  bool memDevice = true;   ///< "/dev/mem" can be opened
-  bool msrDevice = true;   ///< "/dev/cpu/0/msr" can be opened
+  bool privileged = true;                  ///< iopl succeeds
+  bool memDevice = true;                   ///< "/dev/mem" can be opened
+  bool msrDevice = true;                   ///< "/dev/cpu/0/msr" can be opened
+  size_t mappingLimit = size_t{64} << 20;  ///< bytes; longer mappings fail
 
   /// Plain read/write byte registers at consecutive ports (each independent of the others).
   Board& Ports(uint16_t first, std::vector<uint8_t> values);
   uint8_t PortValue(uint16_t port) const;
-  /// Answers at `count` ports from `first` on; takes precedence over plain registers.
+  /// Changes one plain register, which comes into being if need be. Not an access: nothing is logged.
+  void SetPort(uint16_t port, uint8_t value);
+  /// Answers at `count` ports from `first` on; takes precedence over plain registers, the latest over earlier ones. An
+  /// access that starts below the first port reaches the device byte by byte.
   Board& Attach(uint16_t first, unsigned count, std::shared_ptr<PortDevice> device);
   void Detach(const PortDevice* device);
   /// An index/data pair over 256 plain registers that tests can read and write.
@@ -121,14 +125,17 @@ class Board {
   std::vector<Access>& Log() { return log_; }
   /// Port accesses and sleeps only: the usual subject of a test.
   std::vector<Access> PortLog() const;
+  /// Nothing is recorded while this is false.
   bool logging = true;
   /// Descriptors and mappings that the library holds at the moment.
   int OpenDescriptors() const;
   int LiveMappings() const;
 
   /// Called before each platform call (with its kind and a running number from 0); returning true makes the call fail
-  /// (opens, maps, reads) or answer all ones (ports).
+  /// (privilege level, opens, maps, reads), answer `faultAnswer` (IN) or do nothing (OUT, commands, sleeps). Closing
+  /// and unmapping are announced too, but always done.
   std::function<bool(Access::Kind, uint64_t)> fault;
+  uint32_t faultAnswer = 0xFFFFFFFF;
 
   // What the simulated platform calls; see SimPlatform.cpp.
   int SetIoPrivilegeLevel(int level);
@@ -143,6 +150,14 @@ class Board {
 
  private:
   struct Impl;
+  void Record(Access::Kind kind, uint64_t address, unsigned width, uint64_t value, const char* text = "");
+  bool Fails(Access::Kind kind);
+  void Tick();
+  uint8_t ReadPortByte(uint16_t port);
+  void WritePortByte(uint16_t port, uint8_t value);
+  uint32_t ReadPorts(uint16_t port, unsigned width);
+  void WritePorts(uint16_t port, unsigned width, uint32_t value);
+
   std::unique_ptr<Impl> impl_;
   uint64_t clock_ = 0;
   std::vector<Access> log_;
