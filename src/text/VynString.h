@@ -165,6 +165,8 @@ class VynString {
   bool Holds(const char* text) const;
   void Reserve(int characters);
   int CompareText(const char* text, int length) const;
+  static VynString Joined(const char* left, int leftLength, const char* right, int rightLength);
+  static VynString Piece(const char* text, int length) { return Joined(text, length, nullptr, 0); }
 };
 
 VynString operator+(const char* text, const VynString& string);
