@@ -1,0 +1,7 @@
+#include "BoardEnvironment.h"
+
+int main(int argc, char** argv) {
+  ::testing::InitGoogleTest(&argc, argv);
+  ::testing::AddGlobalTestEnvironment(new BoardEnvironment);
+  return RUN_ALL_TESTS();
+}

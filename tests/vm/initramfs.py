@@ -1,0 +1,61 @@
+"""The guest's initial file system: BusyBox, one kernel module, the programs under test and what they link with."""
+import pathlib
+import re
+import shutil
+import subprocess
+
+APPLETS = ("sh", "mount", "modprobe", "poweroff", "sleep", "cat", "ls")
+MODULE = "kernel/arch/x86/kernel/msr.ko"
+PROGRAM_DIR = "usr/bin"
+LIBRARY_DIR = "usr/lib/vynlib"
+
+
+def linked_libraries(binary):
+    listing = subprocess.run(["ldd", str(binary)], check=True, capture_output=True, text=True).stdout
+    return [pathlib.Path(path) for path in re.findall(r"(/\S+) \(0x", listing)]
+
+
+def copy(source, target):
+    target.parent.mkdir(parents=True, exist_ok=True)
+    shutil.copy(source.resolve(), target)
+
+
+def add_busybox(root):
+    copy(pathlib.Path(shutil.which("busybox")), root / "bin/busybox")
+    for applet in APPLETS:
+        (root / "bin" / applet).symlink_to("busybox")
+
+
+def add_module(root, modules):
+    """The MSR driver, where modprobe finds it; it depends on no other module."""
+    target = root / "lib/modules" / modules.name
+    copy(modules / MODULE, target / MODULE)
+    (target / "modules.dep").write_text(MODULE + ":\n")
+
+
+def add_binary(root, binary, directory):
+    """A program or library without its debug sections, and every library it links with but those under test."""
+    target = root / directory / binary.name
+    copy(binary, target)
+    subprocess.run(["strip", "--strip-debug", str(target)], check=True)
+    for library in linked_libraries(binary):
+        if not library.name.startswith("libvynlib"):
+            copy(library, root / str(library).lstrip("/"))
+
+
+def build(root, modules, init, programs, libraries):
+    """Fills the empty directory `root` and returns the archive made of it."""
+    for directory in ("dev", "proc", "sys", "tmp", "bin"):
+        (root / directory).mkdir(parents=True)
+    add_busybox(root)
+    add_module(root, modules)
+    copy(init, root / "init")
+    for program in programs:
+        add_binary(root, program, PROGRAM_DIR)
+    for library in libraries:
+        add_binary(root, library, LIBRARY_DIR)
+    archive = root.with_suffix(".cpio")
+    names = "\n".join(str(path.relative_to(root)) for path in sorted(root.rglob("*")))
+    with archive.open("wb") as output:
+        subprocess.run(["cpio", "--quiet", "-o", "-H", "newc"], cwd=root, input=names.encode(), stdout=output, check=True)
+    return archive
