@@ -1,0 +1,137 @@
+#include <string>
+#include <string_view>
+
+#include "hw/Platform.h"
+#include "script/Commands.h"
+#include "script/Program.h"
+#include "script/TInterpreter.h"
+
+namespace {
+
+std::string_view View(const VynString& text) { return text.Buffer() ? text.c_str() : ""; }
+
+/// The words of one statement as the interpreter's argument list.
+class ArgumentScope {
+ public:
+  ArgumentScope(TInterpreter& interpreter, const std::string& words) : interpreter_(interpreter) {
+    words_.SetCommaText(words.c_str(), " ");
+    interpreter_.Arguments = &words_;
+  }
+  ~ArgumentScope() { interpreter_.Arguments = nullptr; }
+  ArgumentScope(const ArgumentScope&) = delete;
+  ArgumentScope& operator=(const ArgumentScope&) = delete;
+
+ private:
+  TInterpreter& interpreter_;
+  VynStringList words_;
+};
+
+}  // namespace
+
+TInterpreter::TInterpreter() : Hardware(TReadWrite::GetInstance()) {}
+
+bool TInterpreter::Interpret(VynString script, unsigned int* result) {
+  return Run(script::ParseScript(View(AdjustCmdString(script))), result ? result : &Result);
+}
+
+bool TInterpreter::Interpret(VynString script) {
+  Result = 0;
+  return Interpret(script, &Result);
+}
+
+bool TInterpreter::ExecuteCmds(VynString statements, unsigned int* result) {
+  return Run(script::ParseStatements(View(AdjustPrefixCmdString(statements))), result ? result : &Result);
+}
+
+bool TInterpreter::ExecuteCmd(VynString statement, unsigned int* result) {
+  return Run(script::ParseStatement(View(statement)), result ? result : &Result);
+}
+
+// Microseconds, whatever the name says; this is meant.
+void TInterpreter::Delayms(int microseconds) { platform::SleepMicroseconds(static_cast<uint32_t>(microseconds)); }
+
+bool TInterpreter::Run(const script::Program& program, unsigned int* result) {
+  for (const script::Block& block : program.blocks)
+    if (!Run(program, block, result)) return false;
+  return true;
+}
+
+bool TInterpreter::Run(const script::Program& program, const script::Block& block, unsigned int* result) {
+  using Kind = script::Block::Kind;
+  if (block.kind == Kind::kMalformed) return false;
+  if (block.kind == Kind::kOnce) return RunStatements(program, block, result);
+  if (block.kind == Kind::kWait) WaitValue = Value(block.waitValue);
+  LoopCount = Value(block.count);
+  Endless = LoopCount == 0;
+  return RunRounds(program, block, result);
+}
+
+bool TInterpreter::RunRounds(const script::Program& program, const script::Block& block, unsigned int* result) {
+  const bool waits = block.kind == script::Block::Kind::kWait;
+  for (; Endless || LoopCount != 0; --LoopCount) {
+    if (!RunStatements(program, block, result)) return false;
+    if (BreaksAt(*result) || (waits && *result == WaitValue)) return true;
+    // Rounds of an empty body change nothing: a counted block is over, an endless one would never be.
+    if (block.first == block.end) return !Endless;
+  }
+  return true;
+}
+
+bool TInterpreter::RunStatements(const script::Program& program, const script::Block& block, unsigned int* result) {
+  for (size_t i = block.first; i < block.end; ++i) {
+    if (!Run(program.statements[i], result)) return false;
+    if (BreaksAt(*result)) return true;
+  }
+  return true;
+}
+
+bool TInterpreter::BreaksAt(unsigned int result) const {
+  if (BreakIfZero) return result == 0 || BreakIfNonzero;
+  return BreakIfNonzero && result != 0;
+}
+
+bool TInterpreter::Run(const script::Statement& statement, unsigned int* result) {
+  using Kind = script::Statement::Kind;
+  BreakIfZero = statement.breakIfZero;
+  BreakIfNonzero = statement.breakIfNonzero;
+  Target = statement.target;
+  switch (statement.kind) {
+    case Kind::kCommand:
+      return RunCommand(statement, result);
+    case Kind::kCopy:
+      return Report(Value(statement.operands[0]), result);
+    case Kind::kReport:
+      return Report(Locals[Target], result);
+    case Kind::kNothing:
+      return true;
+    case Kind::kFails:
+      break;
+  }
+  return false;
+}
+
+bool TInterpreter::RunCommand(const script::Statement& statement, unsigned int* result) {
+  const script::Command& command = *statement.command;
+  for (size_t i = 0; i < statement.operandCount; ++i) {
+    Operands[i] = Value(statement.operands[i]);
+    if (!CheckOpValue(Operands[i], command.limits[i])) return false;
+  }
+  if (command.needsHardware && !Hardware) return false;
+  unsigned int value = 0;
+  script::Outcome outcome;
+  if (command.extras.takesWords) {
+    const ArgumentScope words(*this, statement.words);
+    outcome = command.run(*this, &value);
+  } else {
+    outcome = command.run(*this, &value);
+  }
+  if (outcome == script::Outcome::kValue) return Report(value, result);
+  return outcome == script::Outcome::kDone;
+}
+
+/// Stores a value where the statement puts it, and as the result.
+bool TInterpreter::Report(unsigned int value, unsigned int* result) {
+  Locals[Target] = value;
+  *result = value;
+  return true;
+}
