@@ -1,0 +1,190 @@
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include <safe_mem_lib.h>
+#include <safe_str_lib.h>
+
+#include "api/EntryWalk.h"
+#include "api/Library.h"
+#include "api/Text.h"
+#include "hw/LittleEndian.h"
+#include "vynlib/vynlib.h"
+
+using namespace api;
+
+namespace {
+
+constexpr unsigned kFanList = 37;
+constexpr std::string_view kModeWord = "Mode";
+constexpr std::string_view kIdWord = "Id";
+/// The caller's count that asks for the mode and its count alone.
+constexpr uint8_t kAskForCount = 255;
+constexpr unsigned kModes = 3;
+
+enum SubCode : uint8_t {
+  kReadFailed = 0x01,
+  kSetFailed = 0x02,
+  kNameCountDiffers = 0x03,
+  kNoBlock = 0x04,
+  kCountDiffers = 0x05,
+  kNoMatch = 0x06,
+};
+
+constexpr uint64_t FanCode(uint8_t subCode) { return Code(kFanConfig, subCode); }
+
+std::string_view NameOf(const IadtEntry& entry) { return {entry.Name(), strnlen(entry.Name(), iadt::kNameBytes)}; }
+
+bool IsEntryOf(const IadtEntry& entry, std::string_view fan) {
+  const std::string_view name = NameOf(entry);
+  return FanNameMatches(name, fan) && !FanNameMatches(name, kIdWord);
+}
+
+/// Elements of an entry's parameter block: the mode and one per distinct argument index, told apart by its low byte.
+/// Empty when a command cannot be stepped over.
+std::optional<uint8_t> CountArguments(const IadtEntry& entry) {
+  std::bitset<256> named;
+  for (CommandCursor cursor(entry); !cursor.AtEnd();) {
+    if (!cursor.Fits() || cursor.Layout() == nullptr) return {};
+    const CommandLayout& layout = *cursor.Layout();
+    const uint32_t argument = Load32(*cursor.Command() + layout.argument.offset);
+    if (cursor.Advance() != CommandCursor::Step::kMoved) return {};
+    if (layout.kind != kCommandDelay && argument != kNoArgument) named.set(argument & 0xFF);
+  }
+  return static_cast<uint8_t>(1 + named.count());
+}
+
+/// Elements of the parameter block by mode, of one fan. The first entry of a mode fixes its count.
+using ArgumentCounts = std::map<uint8_t, uint8_t>;
+
+std::optional<ArgumentCounts> GetCountOfFunArguments(std::string_view fan) {
+  ArgumentCounts counts;
+  for (const IadtEntry entry : Entries(kFanList)) {
+    if (!IsEntryOf(entry, fan)) continue;
+    const auto count = CountArguments(entry);
+    if (!count) return {};
+    counts.emplace(entry.Value(), *count);
+  }
+  return counts;
+}
+
+/// The count of a mode; 0 when the fan has no entry for it.
+uint8_t CountOf(const ArgumentCounts& counts, uint8_t mode) {
+  const auto found = counts.find(mode);
+  return found != counts.end() ? found->second : uint8_t{0};
+}
+
+/// What every selector-taking function does first. Empty when the call is to be performed, else its result.
+std::optional<int> Begin(uint8_t selector) {
+  if (!VynLibCheckAvailabled()) return 0;
+  if (selector != kQuery && !IsPerform(selector)) return Fail(kBadSelector);
+  if (selector == kQuery || !Has(kFanList)) return Answer(Has(kFanList), kFanConfig);
+  return {};
+}
+
+/// Runs the fan's entries that `wants` picks until the commands of one succeed. Empty, with the code left, when none.
+template <typename Wants>
+std::optional<IadtEntry> RunFan(std::string_view fan, Direction direction, Slots slots, SubCode failed, Wants wants) {
+  LastErrorCode = FanCode(kNoMatch);
+  for (const IadtEntry entry : Entries(kFanList)) {
+    if (!IsEntryOf(entry, fan) || !wants(entry)) continue;
+    const Ran ran = RunEntry(entry, direction, slots);
+    if (ran == Ran::kDone) return entry;
+    LastErrorCode = ran == Ran::kUnknownKind ? uint64_t{kUnknownAccess} : FanCode(failed);
+    if (ran == Ran::kUnknownKind) return {};
+  }
+  return {};
+}
+
+using FanName = std::array<char, VYNLIB_NAME_BYTES>;
+
+/// The entry's name without the mode word, NUL-padded.
+FanName FanOf(const IadtEntry& entry) {
+  FanName fan{};
+  memcpy_s(fan.data(), fan.size(), entry.Name(), iadt::kNameBytes);
+  RemoveSubStr(fan.size(), fan.data(), kModeWord);
+  return fan;
+}
+
+/// The fans in firmware order. A name is a duplicate when an earlier one begins with it.
+std::vector<FanName> CollectFans() {
+  std::vector<FanName> fans;
+  for (const IadtEntry entry : Entries(kFanList)) {
+    const FanName fan = FanOf(entry);
+    const size_t length = strnlen(fan.data(), fan.size());
+    const auto begins = [&](const FanName& earlier) { return std::strncmp(fan.data(), earlier.data(), length) == 0; };
+    if (std::none_of(fans.begin(), fans.end(), begins)) fans.push_back(fan);
+  }
+  return fans;
+}
+
+}  // namespace
+
+int VynLibGetFanConfigNames(char** names, uint8_t* count, uint8_t selector) {
+  if (const auto answer = Begin(selector)) return *answer;
+  const std::vector<FanName> fans = CollectFans();
+  if (names == nullptr) {
+    Result<uint8_t>{count} = static_cast<uint8_t>(fans.size());
+    return Succeed();
+  }
+  if (count == nullptr || *count != fans.size()) return Fail(FanCode(kNameCountDiffers));
+  for (size_t i = 0; i < fans.size(); ++i)
+    if (names[i] != nullptr) strncpy_s(names[i], VYNLIB_NAME_BYTES, fans[i].data(), VYNLIB_NAME_BYTES);
+  return Succeed();
+}
+
+void VynLibGetFANModeSupport(const char* name, uint8_t* modes) {
+  if (!VynLibCheckAvailabled()) return;
+  if (!Has(kFanList)) {
+    LastErrorCode = FanCode(kAbsent);
+    return;
+  }
+  LastErrorCode = FanCode(kNoMatch);
+  uint8_t mask = 0;
+  for (const IadtEntry entry : Entries(kFanList)) {
+    if (!IsEntryOf(entry, Text(name)) || entry.Value() >= kModes) continue;
+    mask = static_cast<uint8_t>(mask | 1u << entry.Value());
+    LastErrorCode = kOk;
+  }
+  Result<uint8_t>{modes} = mask;
+}
+
+int VynLibGetFANConfig(const char* name, uint8_t* block, uint8_t* count, uint8_t selector) {
+  if (const auto answer = Begin(selector)) return *answer;
+  const auto counts = GetCountOfFunArguments(Text(name));
+  if (!counts) return Fail(kUnknownAccess);
+  const uint8_t room = count != nullptr ? *count : uint8_t{0};
+  if (block == nullptr) return Fail(FanCode(kNoBlock));
+  if (room < kAskForCount && (room == 0 || CountOf(*counts, block[0]) != room)) return Fail(FanCode(kCountDiffers));
+  std::array<unsigned long long, kAskForCount> slots{};
+  const auto current =
+      RunFan(Text(name), kGet, {slots.data(), room}, kReadFailed, [](const IadtEntry&) { return true; });
+  if (!current) return 0;
+  // The mode reported is the one whose commands succeed; the caller's serves the size check alone.
+  const uint8_t mode = current->Value();
+  const uint8_t modeCount = CountOf(*counts, mode);
+  block[0] = mode;
+  if (room < kAskForCount)
+    for (size_t i = 1; i < std::min(modeCount, room); ++i) block[i] = static_cast<uint8_t>(slots[i]);
+  *count = modeCount;
+  return Succeed();
+}
+
+int VynLibSetFANConfig(const char* name, const uint8_t* block, uint8_t count, uint8_t selector) {
+  if (const auto answer = Begin(selector)) return *answer;
+  const auto counts = GetCountOfFunArguments(Text(name));
+  if (!counts) return Fail(kUnknownAccess);
+  if (block == nullptr) return Fail(FanCode(kNoBlock));
+  if (count == 0 || CountOf(*counts, block[0]) != count) return Fail(FanCode(kCountDiffers));
+  std::array<unsigned long long, kAskForCount> slots{};
+  std::copy_n(block, count, slots.begin());
+  const auto wants = [&](const IadtEntry& entry) { return entry.Value() == block[0]; };
+  return RunFan(Text(name), kSet, {slots.data(), count}, kSetFailed, wants) ? Succeed() : 0;
+}

@@ -1,0 +1,65 @@
+#include "api/Library.h"
+
+#include <cstdio>
+
+#include "api/TVyn.h"
+#include "hw/TReadWrite.h"
+#include "tables/TAcpiBase.h"
+#include "tables/TIAMTable.h"
+#include "tables/TIAxTCommon.h"
+#include "vynlib/vynlib.h"
+
+namespace api {
+
+uint8_t InitOk = 0;
+uint64_t LastErrorCode = 0;
+TReadWrite* rw = nullptr;
+TVyn* vyn = nullptr;
+TAcpiBase* Acpi = nullptr;
+TIAMTable* IAMTable = nullptr;
+TIADTable* IADTable = nullptr;
+TIAxTCommon* IAxTCommon = nullptr;
+
+bool VynLibCheckAvailabled() {
+  if (InitOk == 0) LastErrorCode = kNotInitialised;
+  return InitOk != 0;
+}
+
+}  // namespace api
+
+using namespace api;
+
+int VynLibDllInit() {
+  InitOk = 0;
+  LastErrorCode = kOk;
+  rw = TReadWrite::GetInstance();
+  if (rw == nullptr) return Fail(kNotInitialised);
+  vyn = new TVyn;  // one left by an earlier start without a tear-down is dropped; this is the contract
+  Acpi = TAcpiBase::GetInstance();
+  IAMTable = TIAMTable::GetInstance();
+  IADTable = TIADTable::GetInstance();
+  IAxTCommon = TIAxTCommon::GetInstance();
+  InitOk = 1;
+  std::printf("ModelName::%s\n", vyn->ModelName().c_str());
+  return 1;
+}
+
+int VynLibDllUnInit() {
+  if (InitOk == 0) return 0;
+  delete vyn;
+  TIAxTCommon::FreeInstance();
+  TIADTable::FreeInstance();
+  TIAMTable::FreeInstance();
+  TReadWrite::FreeInstance();
+  TAcpiBase::FreeInstance();
+  vyn = nullptr;
+  IAxTCommon = nullptr;
+  IADTable = nullptr;
+  IAMTable = nullptr;
+  rw = nullptr;
+  Acpi = nullptr;
+  LastErrorCode = kOk;
+  return 1;  // InitOk stays 1; this is meant
+}
+
+uint64_t VynLibDllGetLastError() { return LastErrorCode; }

@@ -2,8 +2,10 @@
 /// form; the executor, the command walk, vyntable and the tests read it, and nobody else knows an offset.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 /// Access kind: bits 2-5 of the opcode byte, taken in place.
 enum CommandKind : uint8_t {
@@ -79,16 +81,30 @@ constexpr uint8_t FormOf(uint8_t opcode) { return opcode & kFormMask; }
 /// Bytes of the access: 1, 2, 4 or 8.
 constexpr unsigned WidthOf(uint8_t opcode) { return 1u << (opcode >> kWidthShift); }
 
+namespace detail {
+/// Row number by the low six bits of the opcode (kind and form), or -1.
+inline constexpr auto kLayoutRows = [] {
+  std::array<int8_t, 64> rows{};
+  rows.fill(-1);
+  for (uint8_t opcode = 0; opcode < 64; ++opcode)
+    for (size_t i = 0; i < std::size(kCommandLayouts); ++i)
+      if (kCommandLayouts[i].kind == KindOf(opcode) &&
+          (kCommandLayouts[i].form == 0 || kCommandLayouts[i].form == FormOf(opcode)))
+        rows[opcode] = static_cast<int8_t>(i);
+  return rows;
+}();
+}  // namespace detail
+
 /// The layout of the command with this opcode; null when the kind is unknown or has no such form.
 constexpr const CommandLayout* FindLayout(uint8_t opcode) {
-  for (const CommandLayout& row : kCommandLayouts)
-    if (row.kind == KindOf(opcode) && (row.form == 0 || row.form == FormOf(opcode))) return &row;
-  return nullptr;
+  const int8_t row = detail::kLayoutRows[opcode & (kKindMask | kFormMask)];
+  return row < 0 ? nullptr : &kCommandLayouts[row];
 }
 
-/// Whether any form of this kind exists.
-constexpr bool IsKnownKind(uint8_t opcode) {
+/// Any layout of the command's kind, the shortest; null when the kind is unknown.
+constexpr const CommandLayout* FindKind(uint8_t opcode) {
+  const CommandLayout* shortest = nullptr;
   for (const CommandLayout& row : kCommandLayouts)
-    if (row.kind == KindOf(opcode)) return true;
-  return false;
+    if (row.kind == KindOf(opcode) && (shortest == nullptr || row.length < shortest->length)) shortest = &row;
+  return shortest;
 }

@@ -1,0 +1,95 @@
+/// The 43 feature state functions: one row each.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "api/ErrorCodes.h"
+
+namespace api {
+
+enum class Shape : uint8_t { kRead, kWrite, kIndexedRead, kIndexedWrite, kVersion };
+
+/// The selector values that perform; 0 asks in all of them. The asymmetries between functions are the contract.
+enum class Perform : uint8_t { kOneOrTwo, kTwo };
+
+/// What a few functions do differently.
+struct Exception {
+  std::optional<Family> absentFamily = {};  ///< family reported on a perform call without a list, if not the row's own
+  bool clearsResult = false;                ///< the result becomes 0 before each candidate is tried
+};
+
+struct FeatureRow {
+  std::string_view name;
+  Shape shape;
+  uint8_t list;
+  Family family;
+  Perform perform;
+  uint8_t failed;   ///< sub-code when a candidate's commands failed
+  uint8_t noEntry;  ///< sub-code when there was no candidate
+  Exception differs = {};
+};
+
+using enum Shape;
+using enum Perform;
+
+// clang-format off
+inline constexpr FeatureRow kFeatures[] = {
+  // export                          shape          list family         perform    failed noEntry
+  {"VynLibGetComType",               kIndexedRead,   1, kComType,       kOneOrTwo, 0x01, 0x04},
+  {"VynLibSetComType",               kIndexedWrite,  1, kComType,       kOneOrTwo, 0x02, 0x04},
+  {"VynLibGetLVDSState",             kRead,         13, kLvdsState,     kOneOrTwo, 0x01, 0x01},
+  {"VynLibSetLVDSState",             kWrite,        13, kLvdsState,     kTwo,      0x02, 0x04},
+  {"VynLibGetLVDSType",              kRead,         14, kLvdsType,      kOneOrTwo, 0x01, 0x01},
+  {"VynLibSetLVDSType",              kWrite,        14, kLvdsType,      kTwo,      0x02, 0x04},
+  {"VynLibBacklightCtrl",            kWrite,        15, kBacklight,     kOneOrTwo, 0x01, 0x03},
+  {"VynLibGetMFGState",              kRead,         16, kMfgState,      kTwo,      0x01, 0x01},
+  {"VynLibGetOnboardTPMState",       kRead,         17, kOnboardTpm,    kOneOrTwo, 0x01, 0x01},
+  {"VynLibSetOnboardTPMState",       kWrite,        17, kOnboardTpm,    kTwo,      0x02, 0x04},
+  {"VynLibGetMEDescriptorState",     kRead,         19, kMeDescriptor,  kTwo,      0x01, 0x01},
+  {"VynLibSetMEDescriptorState",     kWrite,        19, kMeDescriptor,  kTwo,      0x02, 0x04},
+  {"VynLibGetPcieBandwidthMode",     kRead,         22, kPcieBandwidth, kTwo,      0x01, 0x01},
+  {"VynLibGetUsbPwrState",           kRead,         23, kUsbPower,      kOneOrTwo, 0x01, 0x01},
+  {"VynLibSetUsbPwrState",           kWrite,        23, kUsbPower,      kOneOrTwo, 0x02, 0x04},
+  {"VynLibGetBTState",               kRead,         24, kBluetooth,     kOneOrTwo, 0x01, 0x01},
+  {"VynLibSetBTState",               kWrite,        24, kBluetooth,     kOneOrTwo, 0x02, 0x04},
+  {"VynLibGetWifiState",             kRead,         25, kWifi,          kOneOrTwo, 0x01, 0x01},
+  {"VynLibSetWifiState",             kWrite,        25, kWifi,          kOneOrTwo, 0x02, 0x04},
+  {"VynLibGetOTPState",              kRead,         26, kOtp,           kOneOrTwo, 0x01, 0x01},
+  {"VynLibSetOTPState",              kWrite,        26, kOtp,           kTwo,      0x02, 0x04},
+  {"VynLibGetATModeState",           kRead,         28, kAtMode,        kOneOrTwo, 0x01, 0x01},
+  {"VynLibGetIntelPwrSolutionState", kRead,         29, kIntelPower,    kTwo,      0x01, 0x01},
+  {"VynLibSetIntelPwrSolutionState", kWrite,        29, kIntelPower,    kTwo,      0x02, 0x04},
+  {"VynLibDetectTbCIOPlug",          kRead,         30, kTbCioPlug,     kTwo,      0x01, 0x01},
+  {"VynLibGetTbFRCPowerState",       kRead,         31, kTbFrcPower,    kTwo,      0x01, 0x01},
+  {"VynLibMBVersionState",           kVersion,      32, kBoardVersion,  kTwo,      0x01, 0x01},
+  {"VynLibGetDigitalIOState",        kIndexedRead,  33, kDigitalIo,     kOneOrTwo, 0x01, 0x04, {.clearsResult = true}},
+  {"VynLibSetDigitalIOState",        kIndexedWrite, 33, kDigitalIo,     kOneOrTwo, 0x02, 0x04},
+  {"VynLibGetDioConfig",             kIndexedRead,  34, kDioConfig,     kOneOrTwo, 0x01, 0x04, {.clearsResult = true}},
+  {"VynLibSetDioConfig",             kIndexedWrite, 34, kDioConfig,     kOneOrTwo, 0x02, 0x04},
+  {"VynLibGetDioEnPin",              kRead,         35, kDioEnable,     kOneOrTwo, 0x01, 0x01},
+  {"VynLibSetDioEnPin",              kWrite,        35, kDioEnable,     kOneOrTwo, 0x02, 0x04},
+  {"VynLibGetUserLEDState",          kRead,         38, kUserLedState,  kOneOrTwo, 0x01, 0x01},
+  {"VynLibSetUserLEDState",          kWrite,        38, kUserLedState,  kOneOrTwo, 0x02, 0x03},
+  {"VynLibGetUserLEDColor",          kIndexedRead,  39, kUserLedColor,  kOneOrTwo, 0x01, 0x04},
+  // An absent list is reported under the debug LED family on a perform call; this is meant.
+  {"VynLibSetUserLEDColor",          kIndexedWrite, 39, kUserLedColor,  kOneOrTwo, 0x02, 0x04, {.absentFamily = kDebugLedColor}},
+  {"VynLibGetJGPIOPowerState",       kRead,         40, kJgpioPower,    kOneOrTwo, 0x01, 0x01},
+  {"VynLibSetJGPIOPowerState",       kWrite,        40, kJgpioPower,    kOneOrTwo, 0x02, 0x03},
+  {"VynLibGetCOMPowerState",         kIndexedRead,  41, kComPower,      kOneOrTwo, 0x01, 0x04},
+  {"VynLibSetCOMPowerState",         kIndexedWrite, 41, kComPower,      kOneOrTwo, 0x02, 0x04},
+  {"VynLibGetDbgLedColor",           kIndexedRead,  42, kDebugLedColor, kOneOrTwo, 0x01, 0x04},
+  {"VynLibSetDbgLedColor",           kIndexedWrite, 42, kDebugLedColor, kOneOrTwo, 0x02, 0x04},
+};
+// clang-format on
+
+/// The row of an export; a name that is not there, or not of this shape, does not compile.
+template <Shape shape>
+consteval const FeatureRow& Row(std::string_view name) {
+  for (const FeatureRow& row : kFeatures)
+    if (row.name == name && row.shape == shape) return row;
+  throw "no row of this name and shape";
+}
+
+}  // namespace api

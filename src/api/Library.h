@@ -1,0 +1,69 @@
+/// The library-wide globals and what every exported function does with them.
+#pragma once
+
+#include <cstdint>
+
+#include "api/ErrorCodes.h"
+#include "tables/TIADTable.h"
+
+class TAcpiBase;
+class TIAMTable;
+class TIAxTCommon;
+class TReadWrite;
+class TVyn;
+
+namespace api {
+
+extern uint8_t InitOk;          ///< 1 once VynLibDllInit has succeeded
+extern uint64_t LastErrorCode;  ///< outcome of the most recent exported call
+extern TReadWrite* rw;
+extern TVyn* vyn;
+extern TAcpiBase* Acpi;
+extern TIAMTable* IAMTable;
+extern TIADTable* IADTable;
+extern TIAxTCommon* IAxTCommon;
+
+/// InitOk; sets code 1 when it is 0.
+bool VynLibCheckAvailabled();
+
+enum Selector : uint8_t { kQuery = 0, kPerformToo = 1, kPerform = 2 };
+
+constexpr bool IsPerform(uint8_t selector) { return selector == kPerformToo || selector == kPerform; }
+
+inline int Fail(uint64_t code) {
+  LastErrorCode = code;
+  return 0;
+}
+
+/// Success is the value of InitOk.
+inline int Succeed() {
+  LastErrorCode = kOk;
+  return InitOk;
+}
+
+/// The support query: succeeds when the board offers the family.
+inline int Answer(bool offered, Family family) { return offered ? Succeed() : Fail(Code(family, kAbsent)); }
+
+/// Whether the board has list `number`; never after tear-down.
+inline bool Has(unsigned number) { return IADTable != nullptr && IADTable->Has(number); }
+
+/// List `number`; only for lists that the board has.
+inline IadtList Entries(unsigned number) { return IADTable->List(number); }
+
+/// A caller's text argument; null counts as empty.
+inline const char* Text(const char* text) { return text != nullptr ? text : ""; }
+
+/// A caller's result; null counts as not wanted.
+template <typename T>
+class Result {
+ public:
+  explicit Result(T* target) : target_(target) {}
+  void operator=(T value) const {
+    if (target_ != nullptr) *target_ = value;
+  }
+
+ private:
+  T* target_;
+};
+
+}  // namespace api

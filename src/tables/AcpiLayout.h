@@ -1,0 +1,46 @@
+/// Published table layouts (ACPI 6, section 5.2, the ECDT in 5.2.15; the MCFG from PCI Firmware 3), as byte offsets
+/// from the first byte of a table. Numbers are little-endian.
+#pragma once
+
+#include <cstddef>
+
+namespace acpi {
+
+inline constexpr size_t kSignatureBytes = 4;
+inline constexpr size_t kHeaderBytes = 36;
+inline constexpr size_t kLengthOffset = 4;
+
+/// Root pointer, in the BIOS area on a 16-byte boundary.
+namespace rsdp {
+inline constexpr char kSignature[] = "RSD PTR ";
+inline constexpr size_t kChecksummedBytes = 20;  ///< also its length in revision 0
+inline constexpr size_t kBytes = 36;
+inline constexpr size_t kRevision = 15, kRsdtAddress = 16, kLength = 20;
+}  // namespace rsdp
+
+namespace rsdt {
+inline constexpr size_t kEntries = 36, kEntryBytes = 4;
+}
+
+namespace fadt {
+inline constexpr size_t kFacs = 36, kDsdt = 40, kSciInterrupt = 46, kSmiCommand = 48, kAcpiEnable = 52,
+                        kAcpiDisable = 53, kS4BiosRequest = 54, kPstateControl = 55, kPm1aEventBlock = 56,
+                        kPmTimerBlock = 76, kFlags = 112, kMinimumBytes = 116;
+inline constexpr unsigned kTimerIs32Bits = 0x100;
+}  // namespace fadt
+
+namespace madt {
+inline constexpr size_t kFirstSubtable = 44, kMinimumBytes = 44, kIoApicBytes = 12;
+inline constexpr size_t kIoApicAddress = 4, kIoApicInterruptBase = 8;  ///< from the subtable's first byte
+inline constexpr unsigned kIoApicType = 1;
+}  // namespace madt
+
+namespace ecdt {
+inline constexpr size_t kControl = 36, kCommandPort = 40, kDataPort = 52, kMinimumBytes = 54;
+}
+
+namespace mcfg {
+inline constexpr size_t kAllocations = 44, kAllocationBytes = 16, kMinimumBytes = 44;
+}
+
+}  // namespace acpi
