@@ -71,6 +71,12 @@ Board& Board::Msr(uint32_t number, uint64_t value) {
 
 // --- running ---
 
+uint64_t Board::Microseconds() const {
+  if (!live) return clock_;
+  const auto real = std::chrono::steady_clock::now() - impl_->made;
+  return clock_ + static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(real).count());
+}
+
 void Board::Sleep(uint64_t microseconds) {
   const bool fails = Fails(Access::kSleep);
   Record(Access::kSleep, 0, 0, microseconds);

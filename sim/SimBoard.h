@@ -90,6 +90,7 @@ class Board {
   bool privileged = true;                  ///< iopl succeeds
   bool memDevice = true;                   ///< "/dev/mem" can be opened
   bool msrDevice = true;                   ///< "/dev/cpu/0/msr" can be opened
+  bool live = false;                       ///< the clock follows the time of day as well, and readings may drift
   size_t mappingLimit = size_t{64} << 20;  ///< bytes; longer mappings fail
 
   /// Plain read/write byte registers at consecutive ports (each independent of the others).
@@ -116,9 +117,11 @@ class Board {
   Board& Msr(uint32_t number, uint64_t value);
 
   // --- running ---
-  uint64_t Microseconds() const { return clock_; }
+  /// What was slept so far; on a live board also the real time since the board was made.
+  uint64_t Microseconds() const;
   void Sleep(uint64_t microseconds);
-  /// Called at every sleep and port access with the current time, for chips whose state follows the clock.
+  /// Called after every sleep, before every port access and after every port write, for chips whose state follows the
+  /// clock or their registers.
   void OnTick(std::function<void(Board&)> callback);
 
   // --- observing ---

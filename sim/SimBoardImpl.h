@@ -2,6 +2,7 @@
 #pragma once
 
 #include <bitset>
+#include <chrono>
 
 #include "sim/SimBoard.h"
 
@@ -37,6 +38,7 @@ struct Board::Impl {
   std::map<int, File> descriptors;
   std::map<void*, Mapping> mappings;
   uint64_t calls = 0;
+  std::chrono::steady_clock::time_point made = std::chrono::steady_clock::now();
 
   std::shared_ptr<PortDevice> DeviceAt(uint16_t port) const;
   /// The function that the address latch selects; null when absent or the latch is not enabled.

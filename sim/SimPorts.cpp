@@ -121,7 +121,9 @@ void Board::Out(uint16_t port, unsigned width, uint32_t value) {
   const bool fails = Fails(Access::kOut);
   Tick();
   Record(Access::kOut, port, width, value & OnesOf(width));
-  if (!fails) WritePorts(port, width, value & OnesOf(width));
+  if (fails) return;
+  WritePorts(port, width, value & OnesOf(width));
+  Tick();
 }
 
 }  // namespace sim

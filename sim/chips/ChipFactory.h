@@ -1,4 +1,5 @@
-/// How a board comes by its chips: SMBus host controllers by model name, with the slave devices behind them.
+/// How a board comes by its chips: SMBus host controllers by model name with the slave devices behind them, and chips
+/// that act on a set of registers (watchdog, fan, drifting reading).
 #pragma once
 
 #include <array>
@@ -12,6 +13,11 @@
 namespace sim {
 
 class Board;
+
+/// 256 one-byte registers, shared by the device that gives access to them and the chips that act on them.
+using Registers = std::shared_ptr<std::array<uint8_t, 256>>;
+/// Numbers from a board file by name.
+using Options = std::map<std::string, uint64_t, std::less<>>;
 
 /// A device on the SMBus. `command` numbers its registers; the default keeps 256 one-byte registers, and a word is two
 /// neighbours, the lower one first.
@@ -30,7 +36,7 @@ struct SmbusSetup {
   uint16_t base = 0;                           ///< first I/O port
   /// By address byte as it goes over the wire, bit 0 clear (0xA0 for the first EEPROM).
   std::map<uint8_t, std::shared_ptr<SmbusSlave>> slaves;
-  std::map<std::string, uint64_t, std::less<>> options;  ///< numbers that one model needs and others do not know
+  Options options;  ///< numbers that one model needs and others do not know
 
   uint64_t Option(std::string_view name, uint64_t otherwise) const {
     const auto found = options.find(name);
@@ -47,5 +53,24 @@ struct SmbusModel {
 /// Every controller model there is (SmbusModels.cpp).
 std::span<const SmbusModel> SmbusModels();
 const SmbusModel* FindSmbusModel(std::string_view name);
+
+/// A number that a register chip takes from the board file.
+struct ChipOption {
+  static constexpr uint64_t kRequired = ~uint64_t{0};
+  std::string_view name;
+  uint64_t max;
+  uint64_t otherwise = kRequired;
+};
+
+/// A chip that acts on registers as time goes by. `options` holds every option that the model lists.
+struct ChipModel {
+  std::string_view name;
+  std::span<const ChipOption> options;
+  void (*attach)(Board& board, const Registers& registers, const Options& options);
+};
+
+/// "watchdog", "fan" and "drift" (RegisterChips.cpp).
+std::span<const ChipModel> ChipModels();
+const ChipModel* FindChipModel(std::string_view name);
 
 }  // namespace sim

@@ -1,0 +1,152 @@
+#include "sim/CommandFile.h"
+
+#include <charconv>
+#include <sstream>
+
+#include "sim/FirmwareFile.h"
+
+namespace sim {
+namespace {
+
+constexpr uint64_t kByte = 0xFF, kWord = 0xFFFF, kDword = 0xFFFFFFFF;
+constexpr size_t kTextLimit = 64;
+
+uint8_t Byte8(TomlSection* section, std::string_view key) { return static_cast<uint8_t>(section->Need(key, kByte)); }
+uint16_t Word16(TomlSection* section, std::string_view key) { return static_cast<uint16_t>(section->Need(key, kWord)); }
+uint32_t Dword32(TomlSection* section, std::string_view key) {
+  return static_cast<uint32_t>(section->Need(key, kDword));
+}
+
+Command ReadMemory(TomlSection* section) { return Command::Memory(Dword32(section, "memory")); }
+Command ReadPort(TomlSection* section) { return Command::Port(Word16(section, "port")); }
+Command ReadIndexData(TomlSection* section) {
+  return Command::IndexData(Word16(section, "index_port"), Word16(section, "data_port"), Byte8(section, "register"));
+}
+Command ReadSmbus(TomlSection* section) { return Command::Smbus(Byte8(section, "smbus"), Byte8(section, "command")); }
+Command ReadPci(TomlSection* section) {
+  const PciPlace place = ReadPciPlace(section, "pci");
+  return Command::Pci(place.bus, place.device, place.function, Word16(section, "register"));
+}
+Command ReadMsr(TomlSection* section) { return Command::Msr(Dword32(section, "msr")); }
+
+Command ReadDelay(TomlSection* section) {
+  const auto word = section->Has("unit") ? section->Text("unit", kTextLimit) : std::optional<std::string>("us");
+  for (const DelayWord& row : kDelayWords)
+    if (row.word == *word) return Command::Delay(DelayUnit{row.unit}, Word16(section, "delay"));
+  section->Fail("unit", "\"us\", \"ms\" or \"s\"");
+}
+
+struct KindRow {
+  std::string_view key;
+  Command (*read)(TomlSection*);
+};
+constexpr KindRow kKinds[] = {
+    {"memory", ReadMemory}, {"port", ReadPort}, {"index_port", ReadIndexData}, {"smbus", ReadSmbus},
+    {"pci", ReadPci},       {"msr", ReadMsr},   {"delay", ReadDelay},
+};
+
+uint16_t ReadWords(TomlSection* section, std::string_view key, uint16_t ControlWord::*bits) {
+  const auto text = section->Text(key, kTextLimit);
+  uint16_t control = 0;
+  std::istringstream words(text.value_or(""));
+  for (std::string word; words >> word;) {
+    const ControlWord* found = nullptr;
+    for (const ControlWord& row : kControlWords)
+      if (row.word == word) found = &row;
+    if (!found) section->Fail(key, "made of the words read, write, and, or");
+    control = static_cast<uint16_t>(control | found->*bits);
+  }
+  return control;
+}
+
+/// Sets the fields that the layout has; keys that name others stay unasked and are complained about.
+void ReadFields(TomlSection* section, const CommandLayout& layout, Command* command) {
+  const auto limit = [](CommandField field) {
+    return field.bytes >= 8 ? ~uint64_t{0} : (uint64_t{1} << (8 * field.bytes)) - 1;
+  };
+  if (layout.andMask.bytes)
+    if (const auto mask = section->Number("and", limit(layout.andMask))) command->And(*mask);
+  if (layout.orMask.bytes)
+    if (const auto mask = section->Number("or", limit(layout.orMask))) command->Or(*mask);
+  if (layout.expected.bytes)
+    if (const auto value = section->Number("expected", limit(layout.expected)))
+      command->Expected(static_cast<uint32_t>(*value));
+  const auto index = section->Number("argument", kNoArgument);
+  if (index) command->ArgumentIndex(static_cast<uint32_t>(*index));
+  if (section->Flag("argument_mode", index && *index != kNoArgument)) command->AddControl(kArgumentMode);
+}
+
+void ReadControl(TomlSection* section, Command* command) {
+  command->AddControl(ReadWords(section, "get", &ControlWord::get));
+  command->AddControl(ReadWords(section, "set", &ControlWord::set));
+  if (const auto control = section->Number("control", kWord)) command->Control(static_cast<uint16_t>(*control));
+}
+
+void ReadWidth(TomlSection* section, Command* command) {
+  const uint64_t width = section->Number("width", 8, 1);
+  if (width == 0 || (width & (width - 1)) != 0) section->Fail("width", "1, 2, 4 or 8 (bytes)");
+  command->Width(static_cast<unsigned>(width));
+}
+
+Command ReadCommand(TomlSection* section) {
+  if (const auto raw = section->ByteList("raw")) {
+    section->Finish();
+    return Command::Raw(*raw);
+  }
+  for (const KindRow& kind : kKinds) {
+    if (!section->Has(kind.key)) continue;
+    Command command = kind.read(section);
+    ReadWidth(section, &command);
+    ReadFields(section, *FindLayout(command.Build()[0]), &command);
+    ReadControl(section, &command);
+    if (const auto opcode = section->Number("opcode", kByte)) command.Opcode(static_cast<uint8_t>(*opcode));
+    section->Finish();
+    return command;
+  }
+  throw BoardFileError(section->Line(), "a command needs memory, port, index_port, smbus, pci, msr, delay, use or raw");
+}
+
+void InsertSequence(TomlSection* section, const Sequences& sequences, std::vector<Command>* commands) {
+  const auto found = sequences.find(section->NeedText("use", kTextLimit));
+  if (found == sequences.end()) section->Fail("use", "the name of one of the [sequences]");
+  section->Finish();
+  commands->insert(commands->end(), found->second.begin(), found->second.end());
+}
+
+}  // namespace
+
+PciPlace ReadPciPlace(TomlSection* section, std::string_view key) {
+  const std::string text = section->NeedText(key, kTextLimit);
+  unsigned parts[3] = {};
+  const char* cursor = text.data();
+  const char* end = cursor + text.size();
+  const char separators[3] = {':', '.', '\0'};
+  for (size_t i = 0; i < 3; ++i) {
+    const auto [next, error] = std::from_chars(cursor, end, parts[i], 16);
+    const bool separated = i == 2 ? next == end : next != end && *next == separators[i];
+    if (error != std::errc() || !separated || parts[i] > kByte) section->Fail(key, "bus:device.function, \"00:1f.3\"");
+    cursor = next + 1;
+  }
+  return {static_cast<uint8_t>(parts[0]), static_cast<uint8_t>(parts[1]), static_cast<uint8_t>(parts[2])};
+}
+
+std::vector<Command> ReadCommands(TomlSection* section, std::string_view key, const Sequences& sequences) {
+  std::vector<Command> commands;
+  for (TomlSection& each : section->List(key)) {
+    if (each.Has("use"))
+      InsertSequence(&each, sequences, &commands);
+    else
+      commands.push_back(ReadCommand(&each));
+  }
+  return commands;
+}
+
+Sequences ReadSequences(TomlSection* root) {
+  Sequences sequences;
+  auto section = root->Sub("sequences");
+  if (!section) return sequences;
+  for (const std::string& name : section->Keys()) sequences[name] = ReadCommands(&*section, name, {});
+  return sequences;
+}
+
+}  // namespace sim
