@@ -24,7 +24,7 @@ bool ParseNumber(std::string_view text, unsigned int* number) {
 int ParseSlot(std::string_view digits) {
   const std::string number = "0x" + std::string(CutBefore(&digits, '='));
   const long slot = VynString::ToIntDef(number.c_str(), TInterpreter::kVariables);
-  return slot < TInterpreter::kVariables ? static_cast<int>(slot) : -1;
+  return slot >= 0 && slot < TInterpreter::kVariables ? static_cast<int>(slot) : -1;
 }
 
 bool ParseOperand(std::string_view word, Operand* operand) {

@@ -1,7 +1,7 @@
 #include "text/VynString.h"
 
+#include <algorithm>
 #include <cctype>
-#include <climits>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
@@ -55,7 +55,10 @@ VynString::VynString(const VynString& other) {
   CopyBuffer(other.buffer_);
 }
 
-VynString::VynString(const char* text) : VynString() { CopyBuffer(text); }
+VynString::VynString(const char* text) {
+  Initialize(Granules(TextLength(text) + 1));
+  CopyBuffer(text);
+}
 
 VynString::VynString(const char* text, int count) : VynString() { CopyBuffer(text, count); }
 
@@ -97,15 +100,16 @@ VynString VynString::Joined(const char* left, int leftLength, const char* right,
   return result;
 }
 
-int VynString::CopyBuffer(const char* text) { return CopyBuffer(text, INT_MAX); }
+int VynString::CopyBuffer(const char* text) { return CopyBuffer(text, TextLength(text)); }
 
 int VynString::CopyBuffer(const char* text, int count) {
   if (!text) return 0;
   if (Holds(text)) return CopyBuffer(VynString(text).buffer_, count);
   const int available = TextLength(text);
-  Reserve(available);
-  length_ = count < 0 ? 0 : count < available ? count : available;
-  CopyBytes(buffer_, capacity_, text, length_);
+  const int length = std::clamp(count, 0, static_cast<int>(kLongest));
+  Reserve(std::max(available, length));
+  CopyBytes(buffer_, capacity_, text, std::min(length, available));
+  length_ = length;
   return 1;
 }
 

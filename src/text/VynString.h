@@ -34,8 +34,8 @@ class VynString {
 
   /// Takes over a text; the buffer is reallocated only when it is too small. @return 1, or 0 for a null text.
   int CopyBuffer(const char* text);
-  /// The same with `count` characters of the text; the buffer's size follows the whole text. More characters than the
-  /// text has are not taken, a negative count takes none.
+  /// The same with `count` characters of the text; the buffer is large enough for the whole text. Beyond
+  /// the end of the text there are zeros, which the length counts; a negative count takes nothing.
   int CopyBuffer(const char* text, int count);
   /// Copies min(count, size) bytes to `destination`. @return 1, or 0 for a null pointer or a count below 1.
   static int CopyBuffer(const char* source, int count, char*& destination, int size);
