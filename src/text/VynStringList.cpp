@@ -12,14 +12,19 @@ constexpr size_t kLongestDelimiters = 15;
 /// delimiters; beyond that the C library's tokeniser of the same rules does the work.
 template <typename Use>
 void ForEachField(char* text, const char* delimiters, Use use) {
-  rsize_t left = std::strlen(text) + 1;
+  const char* const end = text + std::strlen(text);
+  rsize_t left = static_cast<rsize_t>(end - text) + 1;
   const size_t count = std::strlen(delimiters);
   const bool safe = left <= RSIZE_MAX_STR && count > 0 && count <= kLongestDelimiters;
   char* next = nullptr;
   const auto field = [&](char* from) {
     return safe ? strtok_s(from, &left, delimiters, &next) : strtok_r(from, delimiters, &next);
   };
-  for (char* found = field(text); found; found = field(nullptr)) use(found);
+  for (char* found = field(text); found; found = field(nullptr)) {
+    use(found);
+    // strtok_s does not step past a field that ends the text: it would find it again.
+    if (found + std::strlen(found) == end) break;
+  }
 }
 
 }  // namespace
