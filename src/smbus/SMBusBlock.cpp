@@ -1,0 +1,119 @@
+// Blocks and command-style transfers.
+#include "smbus/SMBusProtocol.h"
+#include "smbus/TSMBus.h"
+
+// --- blocks ---
+
+bool TSMBus::Handshake(const VynString& script, bool mayEnd) {
+  const unsigned char result = RunForResult(script);
+  if ((result & Record.ErrorMask) != 0) return false;
+  return result != 0 || mayEnd;
+}
+
+bool TSMBus::WindowEnds(int bytes) const { return Record.BlockMode != 0 && bytes % Record.BlockMode == 0; }
+
+bool TSMBus::ReceiveBlock(unsigned char address, unsigned char* buffer, unsigned char command, int* count) {
+  if (!Idle()) return false;
+  Select(address, true, command);
+  Run(Record.BlockReadStartScript);
+  if (!Handshake(Record.BlockWaitScript, Record.BlockMode == 0)) return Failed();
+  const int length = RunForResult(Record.DataReadPrefix);
+  if (length < 1 || length > kBlockBytes) return Failed();
+  Run(Record.BlockSetupScript);
+  for (int received = 0; received < length;) {
+    buffer[received++] = RunForResult(Record.BlockReadScript);
+    Run(Record.BlockStepScript);
+    if (received < length && WindowEnds(received) && !Handshake(Record.BlockNextScript, false)) return Failed();
+  }
+  *count = length;
+  return true;
+}
+
+void TSMBus::FillWindow(const unsigned char* buffer, int* sent, int count) {
+  do {
+    RunWith(Record.BlockWritePrefix, buffer[(*sent)++]);
+    Run(Record.BlockStepScript);
+  } while (*sent < count && !WindowEnds(*sent));
+}
+
+bool TSMBus::SendBlock(unsigned char address, const unsigned char* buffer, unsigned char command, int count) {
+  if (!Idle()) return false;
+  Select(address, false, command);
+  RunWith(Record.ByteWritePrefix, static_cast<unsigned int>(count));
+  Run(Record.BlockSetupScript);
+  int sent = 0;
+  FillWindow(buffer, &sent, count);
+  Run(Record.BlockWriteStartScript);
+  if (!Handshake(Record.BlockWaitScript, Record.BlockMode == 0)) return Failed();
+  while (sent < count) {
+    FillWindow(buffer, &sent, count);
+    if (!Handshake(Record.BlockNextScript, false)) return Failed();
+  }
+  if (Record.BlockMode != 0 && !Handshake(Record.BlockNextScript, true)) return Failed();
+  return true;
+}
+
+int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int* count,
+                           VynString baseScript) {
+  int received = 0;
+  const int done = Transact(baseScript, [&] { return ReceiveBlock(address, buffer, command, &received); });
+  if (count) *count = received;
+  return done;
+}
+int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int* count) {
+  if (count) *count = 0;
+  return TryBases([&](const VynString& base) { return ReadSmbusBlock(address, buffer, command, count, base); });
+}
+int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer, int* count) {
+  return ReadSmbusBlock(address, buffer, 0, count);
+}
+int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command) {
+  return ReadSmbusBlock(address, buffer, command, nullptr);
+}
+int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer) {
+  return ReadSmbusBlock(address, buffer, 0, nullptr);
+}
+
+int TSMBus::WriteSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int count,
+                            VynString baseScript) {
+  if (count < 1 || count > kBlockBytes) return 0;
+  return Transact(baseScript, [&] { return SendBlock(address, buffer, command, count); });
+}
+int TSMBus::WriteSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int count) {
+  return TryBases([&](const VynString& base) { return WriteSmbusBlock(address, buffer, command, count, base); });
+}
+int TSMBus::WriteSmbusBlock(unsigned char address, unsigned char* buffer, int count) {
+  return WriteSmbusBlock(address, buffer, 0, count);
+}
+int TSMBus::WriteSmbusBlock(unsigned char address, unsigned char* buffer) {
+  return WriteSmbusBlock(address, buffer, 0, kBlockBytes);
+}
+
+// --- command-style transfers ---
+
+int TSMBus::ReadSmbusByteCmd(unsigned char address, unsigned char command, unsigned char* buffer, int count) {
+  return MoveAnywhere(kSMBusByteRead, {address, buffer, command, count, 0});
+}
+int TSMBus::WriteSmbusByteCmd(unsigned char address, unsigned char command, unsigned char* buffer, int count) {
+  return MoveAnywhere(kSMBusByteWrite, {address, buffer, command, count, 0});
+}
+int TSMBus::ReadSmbusWordCmd(unsigned char address, unsigned char command, unsigned char* buffer, int count) {
+  return MoveAnywhere(kSMBusWordRead, {address, buffer, command, count, 0});
+}
+int TSMBus::WriteSmbusWordCmd(unsigned char address, unsigned char command, unsigned char* buffer, int count) {
+  return MoveAnywhere(kSMBusWordWrite, {address, buffer, command, count, 0});
+}
+
+int TSMBus::SelectAndMove(const SMBusProtocol& protocol, const Span& span, unsigned char value) {
+  const Span selection = {span.address, &value, span.command, 1, 0};
+  const auto both = [&] { return Move(kSMBusByteWrite, selection) && Move(protocol, span); };
+  return TryBases([&](const VynString& base) { return Transact(base, both); });
+}
+int TSMBus::ReadSmbusCmd(unsigned char address, unsigned char command, unsigned char value, unsigned char* buffer,
+                         int count) {
+  return SelectAndMove(kSMBusByteRead, {address, buffer, command, count, 0}, value);
+}
+int TSMBus::WriteSmbusCmd(unsigned char address, unsigned char command, unsigned char value, unsigned char* buffer,
+                          int count) {
+  return SelectAndMove(kSMBusByteWrite, {address, buffer, command, count, 0}, value);
+}
