@@ -158,7 +158,9 @@ unsigned long long TReadWrite::MemoryFindData(unsigned long long start, unsigned
   for (;;) {
     const uint32_t chunk = std::min(search.remaining, kSpanBytes);
     const uint64_t spanStart = backward ? cursor - chunk : cursor;
-    uint8_t span[kSpanBytes] = {};  // a span that cannot be read holds no match
+    uint8_t span[kSpanBytes];
+    // A span that cannot be read is compared all the same, as bytes that no match begins with.
+    std::memset(span, patternLength == 0 ? 0 : ~pattern[0], sizeof span);
     MemoryReadBlock(spanStart, span, chunk, kBytes);
     uint64_t address = spanStart;
     if (search.Scan(span, chunk, &address)) return address;

@@ -152,6 +152,13 @@ TEST(MemoryFindData, GoesOnPastASpanThatCannotBeRead) {
   EXPECT_EQ(m.Find(kBase, 8192, 1, 0, "KEY"), kBase + 5000);
 }
 
+TEST(MemoryFindData, FindsNoZeroBytesInMemoryThatCannotBeRead) {
+  Searched m;
+  m.board.memDevice = false;
+  EXPECT_EQ(m.Find(kBase, 64, 1, 0, std::string(4, '\0')), kNotFound);
+  EXPECT_EQ(m.Find(kBase, 64, 1, 0, std::string(4, '\xFF')), kNotFound);
+}
+
 TEST(MemoryFindData, MatchesAnEmptyPatternAtOnce) {
   Searched m;
   EXPECT_EQ(m.Find(kBase, 64, 1, 0, ""), kBase);
