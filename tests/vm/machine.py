@@ -18,7 +18,7 @@ def command_line(kernel, archive, program, tables, sockets):
                "-append", BOOT_ARGUMENTS + program,
                "-serial", "stdio", "-serial", f"unix:{sockets / 'guest'}",
                "-qmp", f"unix:{sockets / 'qmp'}",
-               "-device", "pci-testdev,addr=0x10", "-device", "ib700", "-action", "watchdog=none"]
+               "-device", "pc-testdev", "-device", "pci-testdev,addr=0x10", "-device", "ib700", "-action", "watchdog=none"]
     for signature in ("IADT", "IAMT"):
         if signature in tables:
             command += ["-acpitable", f"file={tables[signature]}"]

@@ -7,8 +7,7 @@ using ::testing::ElementsAre;
 namespace {
 
 constexpr uint16_t kFirstPortScratch = 0x3FF, kSecondPortScratch = 0x2FF;  // scratch registers of the serial ports
-constexpr uint16_t kWordPort = 0x1CE;                                      // index register of the display adapter
-constexpr uint16_t kDwordPort = 0xCF8;                                     // PCI configuration address
+constexpr uint16_t kTestPort = 0xE0;                                       // four bytes of a device for tests
 constexpr uint32_t kTextMemory = 0xB8000;                                  // text page of the display adapter
 constexpr const char* kTestDevice = "0000:00:10.0";
 constexpr unsigned kInterruptLine = 0x3C;
@@ -52,23 +51,33 @@ TEST(PortByte, AnUnknownInstanceTouchesNothing) {
   EXPECT_EQ(0x77, guest::In8(kFirstPortScratch));
 }
 
-TEST(PortWord, IsReadAndWrittenWhole) {
+TEST(PortWord, SetWritesTwoPortsLowByteFirst) {
+  guest::Out32(kTestPort, 0x77777777);
   EXPECT_EQ(1, VynLibSetUsbPwrState(1, 2));
-  EXPECT_EQ(0x0005, guest::In16(kWordPort));
-  uint8_t state = 0;
-  EXPECT_EQ(1, VynLibGetUsbPwrState(&state, 2));
-  EXPECT_EQ(1, state);
-  guest::Out16(kWordPort, 0x0003);
+  EXPECT_EQ(0x77770005u, guest::In32(kTestPort));
+}
+
+TEST(PortWord, GetReadsTwoPorts) {
+  guest::Out32(kTestPort, 0x77770003);
+  uint8_t state = 0xFF;
   EXPECT_EQ(1, VynLibGetUsbPwrState(&state, 2));
   EXPECT_EQ(0, state);
 }
 
-TEST(PortDword, IsReadAndWrittenWhole) {
+TEST(PortDword, SetWritesFourPortsLowByteFirst) {
+  guest::Out32(kTestPort, 0);
   EXPECT_EQ(1, VynLibSetBTState(1, 2));
-  EXPECT_EQ(0x8000FB40u, guest::In32(kDwordPort));
-  uint8_t state = 0;
+  EXPECT_EQ(0x89ABCDEFu, guest::In32(kTestPort));
+}
+
+TEST(PortDword, GetReadsFourPorts) {
+  guest::Out32(kTestPort, 0x89ABCDEF);
+  uint8_t state = 0xFF;
   EXPECT_EQ(1, VynLibGetBTState(&state, 2));
   EXPECT_EQ(1, state);
+  guest::Out32(kTestPort, 0x09ABCDEF);
+  EXPECT_EQ(0, VynLibGetBTState(&state, 2));
+  EXPECT_EQ(0xD01u, Code());
 }
 
 TEST(IndexData, SetChangesTheMaskedBitsOnly) {
@@ -168,8 +177,8 @@ TEST(Memory, AByteWriteLeavesItsNeighboursAlone) {
   EXPECT_THAT(guest::HostMemory(kTextMemory + 0x7F1F, 3), ElementsAre(0x64, 0x78, 0x56));
 }
 
-TEST(Memory, ReadsRegistersOfAMemoryMappedDevice) {
-  // Identification of the high precision timer at 0xFED00000: Intel (0x8086), revision 1, three 64-bit comparators.
+TEST(Memory, ReadsTheRomBelowFourGigabytes) {
+  // "23/9" at 0xFFFFFFF8, out of the date "06/23/99" that firmware carries behind its reset vector.
   uint8_t state = 0;
   EXPECT_EQ(1, VynLibGetMFGState(&state, 2));
   EXPECT_EQ(1, state);

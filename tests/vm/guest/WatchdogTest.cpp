@@ -52,7 +52,7 @@ TEST_F(Watchdog, TheIntervalReadsBackAsSet) {
 
 TEST_F(Watchdog, TheCountModeReadsBackAsSet) {
   uint8_t mode = 0xFF;
-  for (uint8_t wanted : {1, 0}) {
+  for (uint8_t wanted : {uint8_t{1}, uint8_t{0}}) {
     EXPECT_EQ(1, VynLibWDTSetCountMode(wanted, 2));
     EXPECT_EQ(1, VynLibWDTGetCountMode(&mode, 2));
     EXPECT_EQ(wanted, mode);
