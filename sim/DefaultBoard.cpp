@@ -9,6 +9,13 @@ namespace sim {
 namespace {
 
 constexpr char kVariable[] = "VYNLIB_BOARD";
+/// Set to anything but "" or "0": the board is live, whatever its file says.
+constexpr char kLiveVariable[] = "VYNLIB_LIVE";
+
+bool IsSet(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value && *value && std::string(value) != "0";
+}
 
 Board* current = nullptr;
 std::unique_ptr<Board> fallback;
@@ -25,7 +32,9 @@ std::unique_ptr<Board> MakeDefault() {
   const char* path = std::getenv(kVariable);
   if (!path || !*path) return Unprivileged(std::string(kVariable) + " names no board file");
   LoadedBoard loaded = LoadBoard(path);
-  return loaded.board ? std::move(loaded.board) : Unprivileged(loaded.error);
+  if (!loaded.board) return Unprivileged(loaded.error);
+  if (IsSet(kLiveVariable)) loaded.board->live = true;
+  return std::move(loaded.board);
 }
 
 }  // namespace

@@ -35,6 +35,14 @@ void ReadHeader(TomlSection* section, AcpiHeader* header) {
   header->checksum = Byte8(section, "checksum");
 }
 
+/// A header that its fields cannot express, as it stands.
+void ReplaceHeader(TomlSection* section, Bytes* table) {
+  const auto bytes = section->ByteList("header_bytes");
+  if (!bytes) return;
+  if (bytes->size() != kAcpiHeaderBytes) section->Fail("header_bytes", "exactly 36 bytes");
+  std::copy(bytes->begin(), bytes->end(), table->begin());
+}
+
 // --- function description records ---
 
 Record StartFeature(TomlSection* section) {
@@ -131,12 +139,13 @@ Bytes ReadIadt(TomlSection* root) {
     if (size > kTableLimit) throw BoardFileError(each.section.Line(), "the records must fit into 16 MiB");
     builder.Add(record);
   }
-  if (own) {
-    ReadHeader(&*own, &builder.header);
-    (void)own->Number("at", kDword);
-    own->Finish();
-  }
-  return builder.Build();
+  if (!own) return builder.Build();
+  ReadHeader(&*own, &builder.header);
+  Bytes table = builder.Build();
+  ReplaceHeader(&*own, &table);
+  (void)own->Number("at", kDword);
+  own->Finish();
+  return table;
 }
 
 // --- board information table ---
@@ -176,9 +185,11 @@ Bytes ReadIamt(TomlSection* root) {
   if (!chips.empty()) builder.Chips(ChipOf(chips, 0), ChipOf(chips, 1), ChipOf(chips, 2));
   for (TomlSection& record : section->List("record")) builder.Add(ReadBoardRecord(&record));
   ReadHeader(&*section, &builder.header);
+  Bytes table = builder.Build();
+  ReplaceHeader(&*section, &table);
   (void)section->Number("at", kDword);
   section->Finish();
-  return builder.Build();
+  return table;
 }
 
 // --- BIOS information record ---

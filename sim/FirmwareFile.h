@@ -23,9 +23,9 @@ struct ControlWord {
 };
 inline constexpr ControlWord kControlWords[] = {
     {"read", kGetReads, kSetReads},
+    {"write", kGetWrites, kSetWrites},
     {"and", kGetAnd, kSetAnd},
     {"or", kGetOr, kSetOr},
-    {"write", kGetWrites, kSetWrites},
 };
 
 /// Units of delays as board files write them.

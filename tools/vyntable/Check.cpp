@@ -1,0 +1,231 @@
+#include "vyntable/Check.h"
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <utility>
+
+#include <fmt/core.h>
+
+#include "vyntable/CommandCheck.h"
+#include "vyntable/Commands.h"
+
+namespace vyntable {
+namespace {
+
+constexpr uint8_t kWatchdogType = 25, kFanConfigType = 26, kIdValue = 240;
+constexpr uint8_t kTypesWithoutReader[] = {9, 11, 12, 18};
+constexpr uint8_t kLastWatchdogOperation = 7, kLastFanMode = 2;
+constexpr size_t kRecordLengthOffset = 3;
+constexpr uint16_t kKnownChips[] = {0x00D8, 0x0215, 0x80D2, 0x83D2, 0x84D2, 0x94D2,
+                                    0xAEC2, 0xB0D2, 0xB3D2, 0xB4D2, 0xE4D2};
+
+class Checker {
+ public:
+  explicit Checker(const Image& image) : image_(image), bytes_(image.bytes) {}
+
+  std::vector<Finding> Run() {
+    switch (image_.kind) {
+      case Kind::kIadt:
+        if (CheckHeader()) CheckIadt();
+        break;
+      case Kind::kIamt:
+        if (CheckHeader()) CheckIamt();
+        break;
+      case Kind::kBiosInfo:
+        CheckBiosInfo();
+        break;
+    }
+    std::ranges::stable_sort(findings_, {}, &Finding::offset);
+    return findings_;
+  }
+
+ private:
+  void Add(size_t offset, Severity severity, std::string text) {
+    findings_.push_back({offset, severity, std::move(text)});
+  }
+  void Error(size_t offset, std::string text) { Add(offset, Severity::kError, std::move(text)); }
+  void Warn(size_t offset, std::string text) { Add(offset, Severity::kWarning, std::move(text)); }
+
+  /// Whether the rest of the table can be looked at.
+  bool CheckHeader() {
+    if (bytes_.size() < sim::kAcpiHeaderBytes) {
+      Error(0, "shorter than the 36 bytes of a table header");
+      return false;
+    }
+    const uint64_t length = Load(bytes_, sim::kAcpiLengthOffset, 4);
+    if (length != bytes_.size())
+      Error(sim::kAcpiLengthOffset,
+            fmt::format("the length field says {}, the file has {} bytes", length, bytes_.size()));
+    if (SumOf(bytes_) != 0) Error(sim::kAcpiChecksumOffset, "the bytes do not sum to 0 modulo 256");
+    return true;
+  }
+
+  /// What is left behind the last good record.
+  void CheckEnd(size_t end, const char* what, size_t fieldBytes, size_t least) {
+    const View rest = Body(image_).subspan(end);
+    if (rest.empty()) return;
+    const uint64_t length = Load(rest, kRecordLengthOffset, fieldBytes);
+    const char* why = length == 0 ? "is 0" : length < least ? "is shorter than its head" : "reaches beyond the table";
+    if (rest.size() < least) why = "is missing: too few bytes are left";
+    Error(end + kRecordLengthOffset,
+          fmt::format("the length of this {} ({}) {}; the walk ends here", what, length, why));
+  }
+
+  // --- function description table ---
+
+  void CheckIadt() {
+    const Records walk = WalkRecords(image_);
+    for (const RecordView& record : walk.records) CheckRecord(record);
+    CheckEnd(walk.end, "record", 4, sim::kRecordHeaderBytes);
+    CheckWatchdog(walk.records);
+  }
+
+  void CheckRecord(const RecordView& record) {
+    const size_t before = findings_.size();
+    if (!record.type)
+      Warn(record.offset, "the library passes this record over: unknown type or sensor kind");
+    else if (record.type->IsSensor())
+      CheckSensor(record);
+    else
+      CheckFeature(record);
+    for (size_t i = before; i < findings_.size(); ++i) findings_[i].text += " (" + record.Title() + ")";
+  }
+
+  void CheckName(const RecordView& record, bool required) {
+    const size_t place = record.offset + sim::kRecordNameOffset;
+    if (!record.NameTerminated()) Error(place, "the name has no terminator: it is reported as an empty name");
+    if (required && record.NameText().empty()) Error(place, "the record is found by name and has none");
+  }
+
+  void CheckSensor(const RecordView& record) {
+    CheckName(record, true);
+    if (record.bytes.size() < record.type->bytes)
+      Error(record.offset + kRecordLengthOffset,
+            fmt::format("{} bytes where this sensor record has {}", record.bytes.size(), record.type->bytes));
+    if (record.bytes.size() > record.type->bytes)
+      Add(record.offset + record.type->bytes, Severity::kNote, "bytes beyond the sensor record are not kept");
+    if (!sensorNames_.emplace(record.type->name, record.NameText()).second)
+      Warn(record.offset + sim::kRecordNameOffset, "a sensor of this quantity has the same name");
+    for (const CommandView& command : SensorCommands(record))
+      if (std::ranges::any_of(command.bytes, [](uint8_t byte) { return byte != 0; }))
+        CheckCommand(command, {.sensor = true, .arguments = 1}, &findings_);
+  }
+
+  void CheckFeature(const RecordView& record) {
+    const bool named = record.TypeCode() == kWatchdogType || record.TypeCode() == kFanConfigType;
+    if (named) CheckName(record, record.TypeCode() == kFanConfigType || record.Value() == kIdValue);
+    if (std::ranges::count(kTypesWithoutReader, record.TypeCode()))
+      Add(record.offset, Severity::kNote, "no function reads records of this type");
+    if (record.bytes.size() == sim::kRecordHeaderBytes && !(named && record.Value() == kIdValue))
+      Warn(record.offset, "an entry without commands always succeeds");
+    if (record.TypeCode() == kFanConfigType) CheckFan(record);
+    const CommandContext context{.sensor = false, .arguments = Arguments(record)};
+    for (const CommandView& command : WalkCommands(record)) CheckCommand(command, context, &findings_);
+  }
+
+  void CheckFan(const RecordView& record) {
+    if (record.Value() == kIdValue) return;
+    if (record.Value() > kLastFanMode) Warn(record.offset + 2, "fan modes are 0, 1 and 2");
+    if (record.NameText().find("Mode") == std::string::npos)
+      Warn(record.offset + sim::kRecordNameOffset, "the name of a fan entry holds the word Mode");
+  }
+
+  /// Slots that the library offers when it runs this entry.
+  static unsigned Arguments(const RecordView& record) {
+    if (record.TypeCode() == kFanConfigType && record.Value() != kIdValue) return 1 + DistinctArguments(record);
+    return record.Value() == kIdValue ? 2 : 1;
+  }
+
+  static unsigned DistinctArguments(const RecordView& record) {
+    std::set<uint8_t> distinct;
+    for (const CommandView& command : WalkCommands(record)) {
+      if (!command.layout || command.layout->kind == kCommandDelay) continue;
+      const uint64_t index = command.Field(command.layout->argument);
+      if (index != kNoArgument) distinct.insert(static_cast<uint8_t>(index));
+    }
+    return static_cast<unsigned>(distinct.size());
+  }
+
+  void CheckWatchdog(const std::vector<RecordView>& records) {
+    std::set<uint8_t> values;
+    size_t first = 0;
+    for (const RecordView& record : records) {
+      if (record.TypeCode() != kWatchdogType) continue;
+      if (values.empty()) first = record.offset;
+      values.insert(record.Value());
+      if (record.Value() == 0 || (record.Value() > kLastWatchdogOperation && record.Value() != kIdValue))
+        Warn(record.offset + 2, "watchdog operations are 1 to 7, and 240");
+    }
+    if (values.empty()) return;
+    for (uint8_t needed = 1; needed <= kLastWatchdogOperation - 2; ++needed)
+      if (!values.contains(needed)) Warn(first, fmt::format("the watchdog has no entry for operation {}", needed));
+  }
+
+  // --- board information table ---
+
+  void CheckIamt() {
+    const BoardRecords walk = WalkBoardRecords(image_);
+    size_t found = 0;
+    for (const BoardRecordView& record : walk.records) {
+      if (record.bytes[0] != 0) continue;
+      if (found++) Warn(record.offset, "a second board information record: the last one counts");
+      CheckChips(record);
+    }
+    CheckEnd(walk.end, "record", 1, sim::kBoardInfoLengthOffset + 1);
+    if (found == 0) Error(sim::kAcpiHeaderBytes, "no board information record (type 0)");
+  }
+
+  void CheckChips(const BoardRecordView& record) {
+    if (record.bytes.size() < sim::kBoardInfoBytes)
+      Warn(record.offset + kRecordLengthOffset, "shorter than 55 bytes: what follows is taken as part of it");
+    for (size_t place = sim::kBoardInfoChipsOffset; place < sim::kBoardInfoChipsOffset + 6; place += 2) {
+      const auto chip = static_cast<uint16_t>(Load(record.bytes, place, 2));
+      if (chip != 0 && std::ranges::count(kKnownChips, chip) == 0)
+        Warn(record.offset + place, fmt::format("the library knows no chip {:#06x}", chip));
+    }
+  }
+
+  void CheckBiosInfo() {
+    if (bytes_.size() != sim::kBiosInfoBytes)
+      return Error(0, fmt::format("{} bytes where a BIOS information record has 64", bytes_.size()));
+    if (SumOf(bytes_) != 0) Error(0, "the bytes do not sum to 0 modulo 256");
+    if (std::ranges::count(bytes_.subspan(sim::kBiosModelOffset), uint8_t{0}) == 0)
+      Error(sim::kBiosModelOffset, "the model name has no terminator");
+  }
+
+  const Image& image_;
+  View bytes_;
+  std::vector<Finding> findings_;
+  std::set<std::pair<std::string_view, std::string>> sensorNames_;
+};
+
+struct Options {
+  std::vector<std::string> files;
+};
+
+int Check(const Options& options) {
+  constexpr const char* kSeverities[] = {"note", "warning", "error"};
+  size_t counts[3] = {};
+  for (const Image& image : ReadImages(options.files)) {
+    for (const Finding& finding : CheckImage(image)) {
+      const auto severity = static_cast<size_t>(finding.severity);
+      ++counts[severity];
+      fmt::print("{}:{:#06x}: {}: {}\n", image.name, finding.offset, kSeverities[severity], finding.text);
+    }
+  }
+  fmt::print("{} errors, {} warnings, {} notes\n", counts[2], counts[1], counts[0]);
+  return counts[2] ? kExitBadInput : kExitOk;
+}
+
+}  // namespace
+
+std::vector<Finding> CheckImage(const Image& image) { return Checker(image).Run(); }
+
+std::function<int()> SetupCheck(CLI::App* command) {
+  const auto options = std::make_shared<Options>();
+  command->add_option("FILE", options->files, "tables, a directory that holds them, or a board file")->required();
+  return [options] { return Check(*options); };
+}
+
+}  // namespace vyntable

@@ -1,0 +1,54 @@
+#include <memory>
+
+#include <fmt/core.h>
+
+#include "vyntable/Commands.h"
+#include "vyntable/DecompileText.h"
+
+namespace vyntable {
+namespace {
+
+struct Options {
+  std::vector<std::string> files;
+  std::string output;
+};
+
+std::string TextOf(const Image& image) {
+  switch (image.kind) {
+    case Kind::kIadt:
+      return IadtText(image);
+    case Kind::kIamt:
+      return IamtText(image);
+    case Kind::kBiosInfo:
+      return BiosInfoText(image);
+  }
+  return "";
+}
+
+int Decompile(const Options& options) {
+  std::vector<Image> images = ReadImages(options.files);
+  for (size_t i = 0; i < images.size(); ++i)
+    for (size_t j = 0; j < i; ++j)
+      if (images[i].kind == images[j].kind) throw BadInput(images[i].name + ": a second table of its kind");
+  std::string text;
+  // BIOS information record, board information and function description, in this order.
+  for (Kind kind : {Kind::kBiosInfo, Kind::kIamt, Kind::kIadt})
+    for (const Image& image : images)
+      if (image.kind == kind) text += (text.empty() ? "" : "\n") + TextOf(image);
+  if (options.output.empty())
+    fmt::print("{}", text);
+  else
+    WriteFile(options.output, text);
+  return kExitOk;
+}
+
+}  // namespace
+
+std::function<int()> SetupDecompile(CLI::App* command) {
+  const auto options = std::make_shared<Options>();
+  command->add_option("FILE", options->files, "tables, or a directory that holds them")->required();
+  command->add_option("-o,--output", options->output, "board file to write; default: standard output");
+  return [options] { return Decompile(*options); };
+}
+
+}  // namespace vyntable

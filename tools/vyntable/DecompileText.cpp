@@ -1,0 +1,234 @@
+#include "vyntable/DecompileText.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "sim/BoardFile.h"
+#include "vyntable/Words.h"
+
+namespace vyntable {
+namespace {
+
+sim::Firmware CompileText(const std::string& text) { return sim::ParseBoard(text, "decompiled").firmware; }
+
+/// The records that the text stands for.
+Bytes RecordBytes(const std::string& text) {
+  const Bytes iadt = CompileText(text).iadt;
+  return iadt.size() < sim::kAcpiHeaderBytes ? Bytes{} : Bytes(iadt.begin() + sim::kAcpiHeaderBytes, iadt.end());
+}
+
+bool Same(View a, View b) { return std::ranges::equal(a, b); }
+
+bool IsPlainText(View bytes) {
+  return std::ranges::all_of(bytes, [](uint8_t c) { return c >= ' ' && c < 0x7F; });
+}
+
+std::string Quoted(View bytes) {
+  std::string text = "\"";
+  for (uint8_t c : bytes) {
+    if (c == '"' || c == '\\') text += '\\';
+    text += static_cast<char>(c);
+  }
+  return text + "\"";
+}
+
+View Trimmed(View bytes) {
+  while (!bytes.empty() && bytes.back() == 0) bytes = bytes.first(bytes.size() - 1);
+  return bytes;
+}
+
+// --- commands ---
+
+std::string KeyText(const CommandView& c) {
+  const CommandLayout& row = *c.layout;
+  const uint64_t address = c.Field(row.address), second = c.Field(row.second), third = c.Field(row.third);
+  switch (row.kind) {
+    case kCommandMemory:
+      return fmt::format("memory = {:#010x}", address);
+    case kCommandPort:
+      if (row.form == kFormDirect) return fmt::format("port = {:#x}", address & 0xFFFF);
+      return fmt::format("index_port = {:#x}, data_port = {:#x}, register = {:#04x}", address & 0xFFFF, second & 0xFFFF,
+                         third & 0xFF);
+    case kCommandMsr:
+      return fmt::format("msr = {:#x}", address);
+    case kCommandSmbus:
+      return fmt::format("smbus = {:#04x}, command = {:#04x}", address, second);
+    case kCommandPci:
+      return fmt::format("pci = \"{:02x}:{:02x}.{:x}\", register = {:#x}", address, second, third, c.Field(row.reg));
+    default:
+      break;
+  }
+  std::string_view unit = "us";
+  for (const sim::DelayWord& word : sim::kDelayWords)
+    if (word.unit == c.Field(row.unit)) unit = word.word;
+  return fmt::format("delay = {}, unit = \"{}\"", c.Field(row.count), unit);
+}
+
+std::string ControlText(std::string_view key, uint16_t control, uint16_t sim::ControlWord::*bits) {
+  std::string words;
+  for (const sim::ControlWord& word : sim::kControlWords)
+    if (control & word.*bits) words += (words.empty() ? "" : " ") + std::string(word.word);
+  return words.empty() ? "" : fmt::format(", {} = \"{}\"", key, words);
+}
+
+std::string NumberText(std::string_view key, const CommandView& c, CommandField field) {
+  const uint64_t value = c.Field(field);
+  if (field.bytes == 0 || value == 0) return "";
+  // TOML integers have a sign bit.
+  const char* format = value >> 63 ? ", {} = \"{:#x}\"" : ", {} = {:#x}";
+  return fmt::format(fmt::runtime(format), key, value);
+}
+
+std::string ArgumentText(const CommandView& c) {
+  const uint64_t index = c.Field(c.layout->argument);
+  const bool mode = c.Control() & kArgumentMode, named = index != kNoArgument;
+  std::string text = named ? fmt::format(", argument = {}", index) : "";
+  if (mode != named) text += fmt::format(", argument_mode = {}", mode);
+  return text;
+}
+
+std::string FieldsText(const CommandView& c) {
+  const unsigned width = WidthOf(c.Opcode());
+  return KeyText(c) + (width == 1 ? "" : fmt::format(", width = {}", width)) +
+         ControlText("get", c.Control(), &sim::ControlWord::get) +
+         ControlText("set", c.Control(), &sim::ControlWord::set) + NumberText("and", c, c.layout->andMask) +
+         NumberText("or", c, c.layout->orMask) + NumberText("expected", c, c.layout->expected) + ArgumentText(c);
+}
+
+/// By fields where these give exactly the bytes, else as bytes.
+std::string CommandText(const CommandView& c) {
+  const std::string raw = fmt::format("{{ raw = \"{}\" }}", Hex(c.bytes));
+  if (!c.layout) return raw;
+  const std::string fields = fmt::format("{{ {} }}", FieldsText(c));
+  const Bytes record = RecordBytes("[[feature]]\ntype = 1\ncommands = [" + fields + "]\n");
+  const bool same =
+      record.size() > sim::kRecordHeaderBytes && Same(View(record).subspan(sim::kRecordHeaderBytes), c.bytes);
+  return same ? fields : raw;
+}
+
+std::string CommandsText(const std::vector<CommandView>& commands) {
+  std::string text;
+  for (const CommandView& command : commands) text += "  " + CommandText(command) + ",\n";
+  return text.empty() ? "" : "commands = [\n" + text + "]\n";
+}
+
+// --- records ---
+
+std::string NameLine(const RecordView& record) {
+  const View name = Trimmed(record.Name());
+  if (name.empty()) return "";
+  return IsPlainText(name) ? fmt::format("name = {}\n", Quoted(name)) : fmt::format("name_bytes = \"{}\"\n", Hex(name));
+}
+
+std::string IndexLine(const RecordView& record) {
+  return record.Index() ? fmt::format("index = {}\n", record.Index()) : "";
+}
+
+std::string FeatureText(const RecordView& record) {
+  const std::string type = record.type ? fmt::format("function = \"{}\"\n", record.type->name)
+                                       : fmt::format("type = {}\n", record.TypeCode());
+  return "[[feature]]\n" + type + IndexLine(record) + fmt::format("value = {}\n", record.Value()) + NameLine(record) +
+         CommandsText(WalkCommands(record));
+}
+
+std::string SensorText(const RecordView& record) {
+  std::string text = fmt::format("[[sensor]]\nquantity = \"{}\"\nkind = {}\n", record.type->name, record.type->subType);
+  text += IndexLine(record) + NameLine(record);
+  for (const sim::SensorParameter& parameter : record.type->parameters)
+    if (const uint64_t value = Load(record.bytes, parameter.offset, 1))
+      text += fmt::format("{} = {}\n", parameter.name, value);
+  std::vector<CommandView> commands = SensorCommands(record);
+  while (!commands.empty() && Trimmed(commands.back().bytes).empty()) commands.pop_back();
+  text += CommandsText(commands);
+  if (record.bytes.size() > record.type->bytes)
+    text += fmt::format("extra = \"{}\"\n", Hex(record.bytes.subspan(record.type->bytes)));
+  return text;
+}
+
+std::string RawText(View bytes) { return fmt::format("[[record]]\nraw = \"{}\"\n", Hex(bytes)); }
+
+std::string RecordText(const RecordView& record) {
+  const std::string text = record.type && record.type->IsSensor() ? SensorText(record) : FeatureText(record);
+  return Same(RecordBytes(text), record.bytes) ? text : RawText(record.bytes);
+}
+
+// --- tables ---
+
+std::string TextLine(std::string_view key, View field) { return fmt::format("{} = {}\n", key, Quoted(Trimmed(field))); }
+
+/// Header fields of the table, `length` and `checksum` only where they are not the right ones.
+std::string HeaderFields(const Image& image) {
+  const View table(image.bytes);
+  std::string text = fmt::format("revision = {}\n", table[8]);
+  text += TextLine("oem_id", table.subspan(10, 6)) + TextLine("oem_table_id", table.subspan(16, 8));
+  text += fmt::format("oem_revision = {:#x}\n", Load(table, 24, 4));
+  text += TextLine("creator_id", table.subspan(28, 4));
+  text += fmt::format("creator_revision = {:#x}\n", Load(table, 32, 4));
+  const uint64_t length = Load(table, sim::kAcpiLengthOffset, 4);
+  if (length != table.size()) text += fmt::format("length = {}\n", length);
+  if (SumOf(table) != 0) text += fmt::format("checksum = {:#04x}\n", table[sim::kAcpiChecksumOffset]);
+  return text;
+}
+
+/// `[iadt]` or `[iamt]`; records follow. `bytes` picks the compiled table.
+std::string HeaderText(const Image& image, std::string_view section, const std::string& records,
+                       Bytes sim::Firmware::*bytes) {
+  const View table(image.bytes);
+  const std::string fields = fmt::format("[{}]\n", section) + HeaderFields(image);
+  const bool plain = IsPlainText(Trimmed(table.subspan(10, 6))) && IsPlainText(Trimmed(table.subspan(16, 8))) &&
+                     IsPlainText(Trimmed(table.subspan(28, 4)));
+  if (plain && Same(CompileText(fields + records).*bytes, table)) return fields;
+  return fmt::format("[{}]\nheader_bytes = \"{}\"\n", section, Hex(table.first(sim::kAcpiHeaderBytes)));
+}
+
+void CheckSize(const Image& image) {
+  if (image.bytes.size() < sim::kAcpiHeaderBytes)
+    throw BadInput(image.name + ": shorter than the 36 bytes of a table header");
+}
+
+std::string BoardRecordText(View record) {
+  std::string text = fmt::format("[[iamt.record]]\ntype = {}\nsize = {}\n", record[0], record.size());
+  const auto chip = [&](size_t i) { return Load(record, sim::kBoardInfoChipsOffset + 2 * i, 2); };
+  if (record.size() >= sim::kBoardInfoChipsOffset + 6)
+    text += fmt::format("chips = [{:#06x}, {:#06x}, {:#06x}]\n", chip(0), chip(1), chip(2));
+  const Bytes compiled = CompileText("[iamt]\n" + text).iamt;
+  if (compiled.size() > sim::kAcpiHeaderBytes && Same(View(compiled).subspan(sim::kAcpiHeaderBytes), record))
+    return text;
+  return fmt::format("[[iamt.record]]\nraw = \"{}\"\n", Hex(record));
+}
+
+}  // namespace
+
+std::string IadtText(const Image& iadt) {
+  CheckSize(iadt);
+  const Records walk = WalkRecords(iadt);
+  std::string records;
+  for (const RecordView& record : walk.records) records += "\n" + RecordText(record);
+  const View rest = View(iadt.bytes).subspan(walk.end);
+  if (!rest.empty()) records += "\n# The library's walk ends here.\n" + RawText(rest);
+  return HeaderText(iadt, "iadt", records, &sim::Firmware::iadt) + records;
+}
+
+std::string IamtText(const Image& iamt) {
+  CheckSize(iamt);
+  const BoardRecords walk = WalkBoardRecords(iamt);
+  std::string records;
+  for (const BoardRecordView& record : walk.records) records += "\n" + BoardRecordText(record.bytes);
+  const View rest = View(iamt.bytes).subspan(walk.end);
+  if (!rest.empty())
+    records += fmt::format("\n# The library's walk ends here.\n[[iamt.record]]\nraw = \"{}\"\n", Hex(rest));
+  return HeaderText(iamt, "iamt", records, &sim::Firmware::iamt) + records;
+}
+
+std::string BiosInfoText(const Image& biosInfo) {
+  const View record(biosInfo.bytes);
+  const View model = Trimmed(record.size() == sim::kBiosInfoBytes ? record.subspan(sim::kBiosModelOffset) : View{});
+  if (!model.empty() && IsPlainText(model)) {
+    const std::string text = fmt::format("[bios]\nmodel = {}\nunused = {:#x}\n", Quoted(model), Load(record, 8, 1));
+    if (Same(CompileText(text).biosInfo, record)) return text;
+  }
+  return fmt::format("[bios]\nraw = \"{}\"\n", Hex(record));
+}
+
+}  // namespace vyntable

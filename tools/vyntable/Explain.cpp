@@ -1,0 +1,161 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <memory>
+
+#include <fmt/color.h>
+#include <fmt/core.h>
+
+#include "vyntable/Commands.h"
+#include "vyntable/Words.h"
+
+namespace vyntable {
+namespace {
+
+struct Options {
+  std::vector<std::string> files;
+};
+
+constexpr size_t kBytesPerLine = 16;
+constexpr size_t kHexColumns = 3 * kBytesPerLine - 1;
+constexpr size_t kWordColumns = 60;
+
+/// Words left behind the bytes, as many lines as the longer of the two takes. Colour on terminals only.
+class Printer {
+ public:
+  void Line(fmt::text_style style, const std::string& text) const { fmt::print("{}\n", Styled(style, text)); }
+
+  void Block(size_t offset, View bytes, const std::vector<std::string>& words) const {
+    const size_t hexLines = (bytes.size() + kBytesPerLine - 1) / kBytesPerLine;
+    for (size_t i = 0; i < std::max(hexLines, words.size()); ++i) {
+      const size_t first = std::min(i * kBytesPerLine, bytes.size());
+      const View line = bytes.subspan(first, std::min(kBytesPerLine, bytes.size() - first));
+      const std::string place = line.empty() ? std::string(6, ' ') : fmt::format("{:#06x}", offset + first);
+      const std::string hex = i < words.size() ? fmt::format("{:<{}}", Hex(line), kHexColumns) : Hex(line);
+      fmt::print("  {}{}\n", Styled(fmt::fg(fmt::terminal_color::bright_black), place + "  " + hex),
+                 i < words.size() ? "  " + words[i] : "");
+    }
+  }
+
+ private:
+  std::string Styled(fmt::text_style style, const std::string& text) const {
+    return colour_ ? fmt::format(style, "{}", text) : text;
+  }
+  bool colour_ = isatty(STDOUT_FILENO) != 0;
+};
+
+/// Cut at blanks to fit the column of words.
+std::vector<std::string> Wrapped(const std::vector<std::string>& phrases) {
+  std::vector<std::string> lines;
+  for (std::string phrase : phrases) {
+    while (phrase.size() > kWordColumns) {
+      size_t cut = phrase.rfind(' ', kWordColumns);
+      if (cut == std::string::npos || cut < 4) cut = kWordColumns;
+      lines.push_back(phrase.substr(0, cut));
+      phrase = "    " + phrase.substr(std::min(cut + 1, phrase.size()));
+    }
+    lines.push_back(phrase);
+  }
+  return lines;
+}
+
+const fmt::text_style kTitle = fmt::emphasis::bold;
+
+void ExplainHeader(const Image& image, const Printer& out) {
+  const View table(image.bytes);
+  if (table.size() < sim::kAcpiHeaderBytes)
+    throw BadInput(image.name + ": shorter than the 36 bytes of a table header");
+  const std::string signature(table.begin(), table.begin() + 4);
+  out.Line(kTitle, fmt::format("{}: {} table, {} bytes", image.name, signature, table.size()));
+  out.Block(0, table.first(sim::kAcpiHeaderBytes),
+            {fmt::format("length {}, revision {}", Load(table, sim::kAcpiLengthOffset, 4), table[8]),
+             fmt::format("checksum {:#04x}, {}", table[sim::kAcpiChecksumOffset], SumOf(table) ? "wrong" : "right")});
+}
+
+std::string RecordWords(const RecordView& record) {
+  const std::string use = record.type ? "" : ", which the library passes over";
+  return fmt::format("{}, {} bytes{}", record.Title(), record.bytes.size(), use);
+}
+
+void ExplainParameters(const RecordView& record, const Printer& out) {
+  for (const sim::SensorParameter& parameter : record.type->parameters)
+    if (parameter.offset < record.bytes.size())
+      out.Block(record.offset + parameter.offset, record.bytes.subspan(parameter.offset, 1),
+                {fmt::format("{} {}", parameter.name, record.bytes[parameter.offset])});
+}
+
+void ExplainRecord(const RecordView& record, const Printer& out) {
+  const bool sensor = record.type && record.type->IsSensor();
+  out.Line(kTitle, "\n" + RecordWords(record));
+  out.Block(record.offset, record.bytes.first(sim::kRecordHeaderBytes), {"record header"});
+  if (sensor) ExplainParameters(record, out);
+  for (const CommandView& command : sensor ? SensorCommands(record) : WalkCommands(record))
+    out.Block(command.offset, command.bytes, Wrapped(Words(command)));
+}
+
+void ExplainRest(size_t offset, View rest, const Printer& out) {
+  if (rest.empty()) return;
+  out.Line(kTitle, "\nThe library's walk ends here");
+  out.Block(offset, rest, {});
+}
+
+void ExplainIadt(const Image& image, const Printer& out) {
+  ExplainHeader(image, out);
+  const Records walk = WalkRecords(image);
+  for (const RecordView& record : walk.records) ExplainRecord(record, out);
+  ExplainRest(walk.end, View(image.bytes).subspan(walk.end), out);
+}
+
+void ExplainIamt(const Image& image, const Printer& out) {
+  ExplainHeader(image, out);
+  const BoardRecords walk = WalkBoardRecords(image);
+  for (const BoardRecordView& record : walk.records) {
+    out.Line(kTitle, fmt::format("\nrecord of type {}, {} bytes", record.bytes[0], record.bytes.size()));
+    std::vector<std::string> words;
+    if (record.bytes[0] == 0)
+      for (size_t i = 0; i < 3; ++i)
+        words.push_back(
+            fmt::format("chip {} {:#06x}", i + 1, Load(record.bytes, sim::kBoardInfoChipsOffset + 2 * i, 2)));
+    out.Block(record.offset, record.bytes, words);
+  }
+  ExplainRest(walk.end, View(image.bytes).subspan(walk.end), out);
+}
+
+void ExplainBiosInfo(const Image& image, const Printer& out) {
+  const View record(image.bytes);
+  const View model = record.subspan(std::min(record.size(), sim::kBiosModelOffset));
+  const std::string name(model.begin(), std::find(model.begin(), model.end(), uint8_t{0}));
+  out.Line(kTitle, fmt::format("{}: BIOS information record, {} bytes", image.name, record.size()));
+  out.Block(0, record, {fmt::format("model \"{}\"", name), SumOf(record) ? "checksum wrong" : "checksum right"});
+}
+
+int Explain(const Options& options) {
+  const Printer out;
+  bool first = true;
+  for (const Image& image : ReadImages(options.files)) {
+    if (!first) fmt::print("\n");
+    first = false;
+    switch (image.kind) {
+      case Kind::kIadt:
+        ExplainIadt(image, out);
+        break;
+      case Kind::kIamt:
+        ExplainIamt(image, out);
+        break;
+      case Kind::kBiosInfo:
+        ExplainBiosInfo(image, out);
+        break;
+    }
+  }
+  return kExitOk;
+}
+
+}  // namespace
+
+std::function<int()> SetupExplain(CLI::App* command) {
+  const auto options = std::make_shared<Options>();
+  command->add_option("FILE", options->files, "tables, a directory that holds them, or a board file")->required();
+  return [options] { return Explain(*options); };
+}
+
+}  // namespace vyntable

@@ -1,0 +1,45 @@
+/// The files that vyntable reads and writes.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "sim/TableImage.h"
+
+namespace vyntable {
+
+using sim::Bytes;
+
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitBadInput = 1;
+inline constexpr int kExitUsage = 2;
+
+inline constexpr char kIadtFile[] = "iadt.bin";
+inline constexpr char kIamtFile[] = "iamt.bin";
+inline constexpr char kBiosInfoFile[] = "biosinfo.bin";
+
+/// Input that cannot be used; the text is the one line that the user sees.
+struct BadInput : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+enum class Kind { kIadt, kIamt, kBiosInfo };
+
+/// One firmware table and where it came from.
+struct Image {
+  Kind kind;
+  std::string name;  ///< for messages
+  Bytes bytes;
+};
+
+/// Reads tables: a directory holding what `compile` writes, a single table file, or a board file, which is compiled
+/// first. Throws BadInput.
+std::vector<Image> ReadImages(const std::vector<std::string>& paths);
+/// The tables of a board file. Throws BadInput.
+std::vector<Image> CompileBoard(const std::string& path);
+
+/// Throws BadInput when the file cannot be written.
+void WriteFile(const std::string& path, std::string_view content);
+
+}  // namespace vyntable
