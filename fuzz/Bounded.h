@@ -1,0 +1,25 @@
+/// Keeps the one loop over a command list that is unbounded by contract out of the fuzzers' way.
+#pragma once
+
+#include "api/EntryWalk.h"
+#include "tables/TIADTable.h"
+
+namespace fuzz {
+
+/// Gives commands whose form does not fit their kind the direct form: without a step they could be repeated forever.
+inline void FitForms(const TIADTable& table) {
+  for (unsigned list = 1; list < iadt::kSlots; ++list) {
+    if (iadt::kKeptBytes[list] != 0) continue;
+    for (const IadtEntry entry : table.List(list)) {
+      for (api::CommandCursor cursor(entry); !cursor.AtEnd() && cursor.Fits();) {
+        unsigned char* opcode = *cursor.Command();
+        const auto step = cursor.Advance();
+        if (step == api::CommandCursor::Step::kImpossible) break;
+        if (step == api::CommandCursor::Step::kStays)
+          *opcode = static_cast<unsigned char>((*opcode & ~unsigned{kFormMask}) | kFormDirect);
+      }
+    }
+  }
+}
+
+}  // namespace fuzz

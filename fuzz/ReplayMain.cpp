@@ -1,0 +1,22 @@
+// Runs one fuzz target over the files of its corpus: the ordinary test that every past finding stays fixed.
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+
+int main(int argc, char** argv) {
+  if (argc != 2) return 2;
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+    LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+    ++count;
+  }
+  std::printf("%d inputs replayed\n", count);
+  return count > 0 ? 0 : 1;
+}
