@@ -17,12 +17,11 @@ constexpr size_t kLongestCommand = [] {
   return longest;
 }();
 
-/// Bytes that the command touches. One without a layout of its own needs those of the shortest of its kind; one of an
-/// unknown kind only its opcode and control word.
+/// Bytes that the command touches: its whole record, or the opcode and control word alone when its form is not one of
+/// its kind's or its kind is unknown.
 size_t Reach(uint8_t opcode) {
-  if (const CommandLayout* layout = FindLayout(opcode)) return layout->length;
-  const CommandLayout* kind = FindKind(opcode);
-  return kind != nullptr ? kind->length : kCommandPrefixBytes;
+  const CommandLayout* layout = FindLayout(opcode);
+  return layout != nullptr ? layout->length : kCommandPrefixBytes;
 }
 
 }  // namespace
