@@ -241,7 +241,7 @@ TEST(MemoryFindData, BackwardPassesOverAPatternAcrossSpans) {
     m.Put(address, "KEYS");
     EXPECT_EQ(m.Find(0x12000, 8192, 1, 0, "KEYS", kBackward), kNotFound) << address;
   }
-  for (const uint64_t address : {0x10FF9, 0x11000}) {
+  for (const uint64_t address : {uint64_t{0x10FF9}, uint64_t{0x11000}}) {
     Searched m;
     m.Put(address, "KEYS");
     EXPECT_EQ(m.Find(0x12000, 8192, 1, 0, "KEYS", kBackward), address);
