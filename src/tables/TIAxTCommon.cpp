@@ -28,7 +28,7 @@ class Command {
   uint16_t Port() const { return static_cast<uint16_t>(Address()); }
   uint16_t DataPort() const { return static_cast<uint16_t>(Load32Field(layout_->second)); }
   uint8_t Register() const { return static_cast<uint8_t>(Load32Field(layout_->third)); }
-  /// One past the last register; the registers of a pair do not wrap.
+  /// One past the last register, in 16 bits: beyond 255 the pair goes on with register 0.
   uint16_t EndRegister() const { return static_cast<uint16_t>(Width() + Register()); }
   uint8_t SlaveAddress() const { return bytes_[layout_->address.offset]; }
   uint8_t CommandByte() const { return bytes_[layout_->second.offset]; }
@@ -88,6 +88,7 @@ class Command {
 
 void Wait(uint64_t microseconds) {
   constexpr uint64_t kLongestSleep = 0xFFFFFFFF;
+  if (microseconds == 0) return;
   for (; microseconds > kLongestSleep; microseconds -= kLongestSleep) platform::SleepMicroseconds(kLongestSleep);
   platform::SleepMicroseconds(static_cast<uint32_t>(microseconds));
 }
