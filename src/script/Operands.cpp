@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <charconv>
 #include <string>
 #include <string_view>
 
@@ -9,8 +10,22 @@ namespace script {
 
 namespace {
 
+bool ParseDigits(std::string_view digits, int base, unsigned int* number) {
+  const char* const end = digits.data() + digits.size();
+  return std::from_chars(digits.data(), end, *number, base).ptr == end && !digits.empty();
+}
+
+/// The usual forms, for which no conversion of text is needed: numbers that fit 32 bits whatever their digits are.
+bool ParsePlainNumber(std::string_view text, unsigned int* number) {
+  constexpr size_t kDecimalDigits = 9;
+  constexpr size_t kHexDigits = 8;
+  if (text.starts_with("0X")) return text.size() <= 2 + kHexDigits && ParseDigits(text.substr(2), 16, number);
+  return text.size() <= kDecimalDigits && ParseDigits(text, 10, number);
+}
+
 /// @return whether the text converts as a whole
 bool ParseNumber(std::string_view text, unsigned int* number) {
+  if (ParsePlainNumber(text, number)) return true;
   const VynString word(std::string(text).c_str());
   const long value = word.ToIntDef(0);
   // Two defaults tell a conversion from none.
@@ -22,8 +37,10 @@ bool ParseNumber(std::string_view text, unsigned int* number) {
 }  // namespace
 
 int ParseSlot(std::string_view digits) {
-  const std::string number = "0x" + std::string(CutBefore(&digits, '='));
-  const long slot = VynString::ToIntDef(number.c_str(), TInterpreter::kVariables);
+  const std::string_view name = CutBefore(&digits, '=');
+  unsigned int plain = 0;
+  if (name.size() == 1 && ParseDigits(name, 16, &plain)) return static_cast<int>(plain);
+  const long slot = VynString::ToIntDef(("0x" + std::string(name)).c_str(), TInterpreter::kVariables);
   return slot >= 0 && slot < TInterpreter::kVariables ? static_cast<int>(slot) : -1;
 }
 

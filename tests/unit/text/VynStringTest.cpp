@@ -388,7 +388,7 @@ TEST(VynStringSprintf, GivesEveryCharacterOfALongResult) {
 
 TEST(VynStringSprintf, ANullFormatGivesAnEmptyString) {
   const char* null = nullptr;
-  EXPECT_STREQ(VynString::sprintf(null).c_str(), "");
+  EXPECT_STREQ(VynString::sprintf(null, 0).c_str(), "");
 }
 
 TEST(VynStringIntToStr, GivesDecimalText) {
