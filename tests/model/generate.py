@@ -52,6 +52,8 @@ class Commands:
         self.random, self.spec = random, spec
 
     def body(self):
+        if self.random.random() < 0.05:
+            return self.relay()
         parts = [self.command() for _ in range(self.random.choice((0, 1, 1, 1, 2, 2, 3, 4)))]
         body = b"".join(parts)
         roll = self.random.random()
@@ -63,10 +65,25 @@ class Commands:
             body = self.random.randbytes(self.random.randint(1, 80))
         return body
 
-    def command(self):
-        if self.random.random() < 0.02:
+    def relay(self):
+        """Reads into the argument, sends it through a record that keeps it, and writes what came back."""
+        wide = self.random.choice((0, 0x40, 0xC0))
+        source = self.command(self.random.choice(((PORT, DIRECT), (PORT, INDEX_DATA), (MEMORY, DIRECT))))
+        keeper = self.command((PORT, INDEX_DATA))
+        target = self.command(self.random.choice(((PORT, DIRECT), (PORT, INDEX_DATA), (PCI, DIRECT))))
+        keeping = self.random.choice((0x0194, 0x0195, 0x0196, 0x0197, 0x01A7))
+        steps = (source, 0x0188), (keeper, keeping), (target, 0x0144)
+        for record, control in steps:
+            record[0] = record[0] & 0x3F | wide
+            record[1:3] = control.to_bytes(2, "little")
+            at = FIELDS[record[0] & 0x3C, record[0] & 3][3][0]
+            record[at:at + 4] = bytes(4)
+        return b"".join(record for record, _ in steps)
+
+    def command(self, wanted=None):
+        if not wanted and self.random.random() < 0.02:
             return self.unknown()
-        kind, form = self.random.choices(KINDS, KIND_WEIGHTS)[0]
+        kind, form = wanted or self.random.choices(KINDS, KIND_WEIGHTS)[0]
         length = STEPS.get((kind, form), 35)
         record = bytearray(self.random.randbytes(length))
         if kind == DELAY:
@@ -74,14 +91,14 @@ class Commands:
         record[0] = kind | form | self.random.choice((0, 0, 0, 1, 2, 3)) << 6
         record[1:3] = self.control().to_bytes(2, "little")
         self.fill(record, kind, form)
-        if self.random.random() < 0.02 and kind not in (DELAY, MSR):
+        if not wanted and self.random.random() < 0.02 and kind not in (DELAY, MSR):
             self.mismatch(record)
-        return bytes(record)
+        return record
 
     def unknown(self):
         record = bytearray(self.random.randbytes(self.random.randint(3, 30)))
         record[0] = record[0] & 0xC3 | self.random.choice((0x08, 0x18, 0x1C, 0x20, 0x3C))
-        return bytes(record)
+        return record
 
     def mismatch(self, record):
         """A form that the kind does not have, flagged to read in both directions: it fails and the walk ends."""
