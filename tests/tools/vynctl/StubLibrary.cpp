@@ -1,0 +1,68 @@
+// A library that offers nothing: it starts, unless STUB_FAILS is set, and prints what matters of its environment.
+#include <cstdio>
+#include <cstdlib>
+#include <initializer_list>
+
+#include "vynlib/vynlib.h"
+
+namespace {
+
+uint64_t lastError = 0;
+
+int No(uint64_t code) {
+  lastError = code;
+  return 0;
+}
+
+const char* Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "(unset)";
+}
+
+}  // namespace
+
+int VynLibDllInit(void) {
+  std::puts("ModelName::STUB");
+  for (const char* name : {"PATH", "BASH_ENV", "VYNLIB_BOARD", "VYNLIB_LIVE"}) {
+    std::printf("%s is %s\n", name, Environment(name));
+  }
+  std::fflush(stdout);
+  if (std::system("echo from a command") != 0) return No(VYNLIB_ERROR_NOT_INITIALISED);
+  if (std::getenv("STUB_FAILS") == nullptr) return 1;
+  std::puts("Please run as root!");
+  return No(VYNLIB_ERROR_NOT_INITIALISED);
+}
+int VynLibDllUnInit(void) {
+  std::puts("Goodbye");
+  return 1;
+}
+uint64_t VynLibDllGetLastError(void) { return lastError; }
+int VynLibGetVoltage(const char*, float*, uint8_t) { return No(0x300); }
+int VynLibGetTemperature(const char*, float*, uint8_t) { return No(0x400); }
+int VynLibGetFanSpeed(const char*, uint16_t*, uint8_t) { return No(0x500); }
+int VynLibGetCurrent(const char*, float*, uint8_t) { return No(0x1A00); }
+int VynLibGetVoltageNames(char**, uint8_t*, uint8_t) {
+  std::puts("noise");
+  return No(0x300);
+}
+int VynLibGetTemperatureNames(char**, uint8_t*, uint8_t) { return No(0x400); }
+int VynLibGetFanSpeedNames(char**, uint8_t*, uint8_t) { return No(0x500); }
+int VynLibGetCurrentNames(char**, uint8_t*, uint8_t) { return No(0x1A00); }
+int VynLibWDTEnable(uint8_t, uint8_t, uint8_t selector) {
+  // As on a board whose counter cannot be started: the call succeeds, the code tells.
+  lastError = selector == VYNLIB_QUERY ? 0 : 0x1704;
+  return 1;
+}
+int VynLibWDTDisable(uint8_t) { return No(0x1703); }
+int VynLibWDTSetInterval(uint8_t, uint8_t) { return No(0x1703); }
+int VynLibWDTGetInterval(uint32_t*, uint8_t) { return No(0x1702); }
+int VynLibWDTGetCountMode(uint8_t*, uint8_t) { return No(0x170A); }
+int VynLibGetFanConfigNames(char**, uint8_t*, uint8_t) { return No(0x1800); }
+void VynLibGetFANModeSupport(const char*, uint8_t*) { No(0x1800); }
+int VynLibGetFANConfig(const char*, uint8_t*, uint8_t*, uint8_t) { return No(0x1800); }
+int VynLibSetFANConfig(const char*, const uint8_t*, uint8_t, uint8_t) { return No(0x1800); }
+int VynLibTableSupported(uint8_t) { return 0; }
+void VynLibGetWhichIOToBeUse(uint8_t, const char*, uint8_t* io) {
+  *io = 0;
+  No(0x7F42);
+}

@@ -1,0 +1,55 @@
+#include "Value.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace vynctl {
+namespace {
+
+TEST(Measured, KeepsTheDigitsThatAFloatCarries) {
+  EXPECT_EQ(Data(1.6), Measured({}, 1.6f).data);
+  EXPECT_EQ(Data(-9.5), Measured({}, -9.5f).data);
+}
+
+TEST(Measured, TurnsWhatIsNotFiniteIntoAFault) {
+  for (float reading : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),
+                        -std::numeric_limits<float>::infinity()}) {
+    const Value value = Measured({}, reading);
+    EXPECT_EQ(State::kFault, value.state);
+    EXPECT_EQ(Data(), value.data);
+    EXPECT_NE("", value.words);
+  }
+}
+
+TEST(Failed, TakesStateAndWordsFromTheCode) {
+  const Value missing = Failed({}, 0x305), broken = Failed({}, 0x301);
+  EXPECT_EQ(State::kUnavailable, missing.state);
+  EXPECT_EQ(State::kFault, broken.state);
+  EXPECT_EQ("voltage: the sensor read 0, which counts as no reading", broken.words);
+}
+
+TEST(ShownData, UsesTheDecimalsOfTheQuantity) {
+  EXPECT_EQ("12.000", ShownData({.quantity = "voltage", .data = 12.0}));
+  EXPECT_EQ("45.0", ShownData({.quantity = "temperature", .data = 45.0}));
+  EXPECT_EQ("1.845e+19", ShownData({.quantity = "temperature", .data = 18446744073709551616.0}));
+}
+
+TEST(ShownData, ShowsListsFlagsAndFailures) {
+  EXPECT_EQ("0 2", ShownData({.data = std::vector<uint8_t>{0, 2}}));
+  EXPECT_EQ("yes", ShownData({.data = true}));
+  EXPECT_EQ("fault", ShownData(Failed({}, 0x301)));
+}
+
+TEST(MakeIdsUnique, NumbersTheRepetitions) {
+  std::vector<Value> values = {
+      {.id = "a", .name = "A"}, {.id = "b"}, {.id = "a", .name = "A"}, {.id = "a", .name = "A"}};
+  MakeIdsUnique(values);
+  EXPECT_EQ("a", values[0].id);
+  EXPECT_EQ("a#2", values[2].id);
+  EXPECT_EQ("a#3", values[3].id);
+  EXPECT_EQ("A#3", DistinctName(values[3]));
+}
+
+}  // namespace
+}  // namespace vynctl

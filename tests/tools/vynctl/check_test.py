@@ -1,0 +1,82 @@
+#!/usr/bin/env python3
+"""check: the exit status, the line and the performance data of a monitoring plugin."""
+import unittest
+
+import tool
+
+
+class Check(tool.Case):
+    def verdict(self, status, line, *arguments):
+        done = self.run_tool("check", *arguments)
+        self.assertEqual((status, line + "\n", ""), (done.returncode, done.stdout, done.stderr))
+
+    def test_is_ok_when_all_is_readable(self):
+        self.verdict(0, "VYNLIB OK - 2 sensors | 'CPU Core'=45C 'System'=-10C", "temperature")
+
+    def test_is_ok_within_the_limits(self):
+        self.verdict(0, "VYNLIB OK - 1 sensor | 'CPU Core'=45C;~:45;~:95", "CPU Core", "--limit", "CPU Core=~:45,~:95")
+
+    def test_is_a_warning_outside_the_first_range(self):
+        self.verdict(1, "VYNLIB WARNING - CPU Core 45.0 C (good: ~:44) | 'CPU Core'=45C;~:44;~:95", "CPU Core",
+                     "-l", "CPU Core=~:44,~:95")
+
+    def test_is_critical_outside_the_second_range(self):
+        self.verdict(2, "VYNLIB CRITICAL - +12V 12.000 V (good: 12.1:13) | '+12V'=12V;;12.1:13", "+12V",
+                     "-l", "+12V=-,12.1:13")
+
+    def test_is_unknown_when_a_sensor_cannot_be_read(self):
+        self.verdict(3, "VYNLIB UNKNOWN - VDEAD: 0x302: the sensor read 0, which counts as no reading | 'VDEAD'=U;1:2",
+                     "VDEAD", "-l", "VDEAD=1:2")
+
+    def test_puts_the_gravest_first(self):
+        self.verdict(2, "VYNLIB CRITICAL - CPU Core 45.0 C (good: ~:40), System -10.0 C (good: 0:), "
+                     "VDEAD: 0x302: the sensor read 0, which counts as no reading "
+                     "| 'VDEAD'=U 'CPU Core'=45C;;~:40 'System'=-10C;0:", "VDEAD", "temperature",
+                     "-l", "System=0:", "-l", "CPU Core=-,~:40")
+
+    def test_judges_a_negative_reading_against_a_plain_maximum(self):
+        self.verdict(1, "VYNLIB WARNING - System -10.0 C (good: 80) | 'System'=-10C;80", "System", "-l", "System=80")
+
+    def test_takes_limits_from_a_file(self):
+        limits = self.scratch() / "limits"
+        limits.write_text("# for this board\nCPU Core = ~:44, ~:95\nfan-speed/CPU_Fan = 500:\n")
+        self.verdict(1, "VYNLIB WARNING - CPU Core 45.0 C (good: ~:44) | 'CPU Core'=45C;~:44;~:95 'CPU Fan'=1000rpm;500:",
+                     "CPU Core", "CPU Fan", "--limits", str(limits))
+
+    def test_prefers_the_command_line_to_the_file(self):
+        limits = self.scratch() / "limits"
+        limits.write_text("CPU Core = ~:44\n")
+        self.verdict(0, "VYNLIB OK - 1 sensor | 'CPU Core'=45C;~:60", "CPU Core", "-f", str(limits), "-l", "CPU Core=~:60")
+
+    def test_is_unknown_where_a_limit_fits_no_sensor(self):
+        self.verdict(3, "VYNLIB UNKNOWN - there is no sensor 'CPU Cor' (did you mean 'CPU Core'?)", "-l", "CPU Cor=~:60")
+
+    def test_is_unknown_on_wrong_usage(self):
+        self.verdict(3, "VYNLIB UNKNOWN - '5V' is not a range such as 10:20, 500:, ~:80 or @0:5", "-l", "+12V=5V")
+        self.verdict(3, "VYNLIB UNKNOWN - The following argument was not expected: --bogus", "--bogus")
+
+    def test_is_unknown_when_the_library_does_not_start(self):
+        done = self.stub("check", STUB_FAILS="1")
+        self.assertEqual(3, done.returncode)
+        self.assertRegex(done.stdout, r"\AVYNLIB UNKNOWN - the library does not start: .*Please run as root! \(code 0x1\)\n\Z")
+
+    def test_is_unknown_on_a_board_without_sensors(self):
+        done = self.run_on(tool.HERE / "bare.toml", "check")
+        self.assertEqual((3, "VYNLIB UNKNOWN - this board has no sensors\n"), (done.returncode, done.stdout))
+
+
+class CheckJson(tool.Case):
+    def test_carries_the_verdict(self):
+        document = self.document("check", "CPU Core", "System", "-l", "CPU Core=~:44,~:95", status=1)
+        self.assertEqual({"status": "WARNING", "exit": 1, "sensors": [
+            {"id": "temperature/CPU_Core", "status": "WARNING", "warning": "~:44", "critical": "~:95"},
+            {"id": "temperature/System", "status": "OK", "warning": "", "critical": ""},
+        ]}, document["check"])
+
+    def test_is_valid_when_unknown(self):
+        document = self.document("check", "Nothing", status=3)
+        self.assertEqual((False, "UNKNOWN", 3), (document["ok"], document["check"]["status"], document["check"]["exit"]))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,173 @@
+#!/usr/bin/env python3
+"""info, report, features, get and set."""
+import unittest
+
+import tool
+
+
+class Info(tool.Case):
+    def test_tells_model_tables_and_support(self):
+        self.assertEqual(
+            "Model            VYN-TEST\n"
+            f"Library          libvynlib-sim.so.1, simulating {tool.HERE / 'board.toml'}\n"
+            "Firmware tables  found\n"
+            "Voltages         3\n"
+            "Temperatures     2\n"
+            "Fan speeds       2\n"
+            "Currents         none\n"
+            "Watchdog         yes\n"
+            "Fan control      CPU Fan\n"
+            "Features         com-type, lvds-state, backlight, bluetooth, wifi, otp, at-mode,\n"
+            "                 board-version\n", self.says("info"))
+
+    def test_has_the_same_in_json(self):
+        values = self.values("info")
+        self.assertEqual("VYN-TEST", values["board/model"]["value"])
+        self.assertIs(True, values["board/tables"]["value"])
+        self.assertEqual(3, values["count/voltage"]["value"])
+        supported = {key for key, value in values.items() if key.startswith("support/") and value["value"]}
+        self.assertEqual({"support/" + name for name in (
+            "watchdog", "fan-control", "com-type", "lvds-state", "backlight", "bluetooth", "wifi", "otp", "at-mode",
+            "board-version")}, supported)
+
+    def test_shows_what_the_library_said_on_a_bare_board(self):
+        done = self.run_on(tool.HERE / "bare.toml", "info")
+        self.assertIn("Model            unknown (no BIOS information record)\n", done.stdout)
+        self.assertIn("Firmware tables  not both found\n", done.stdout)
+        self.assertIn("Library says     Is Core8 ... ???\n", done.stdout)
+
+
+class Features(tool.Case):
+    def test_are_listed_with_values_access_and_failures(self):
+        self.assertEqual(
+            "FEATURE        INDEX        VALUE  ACCESS    WHAT\n"
+            "com-type           1            0  get, set  COM port type 1\n"
+            "                   4            1            COM port type 4\n"
+            "lvds-state                  fault  get, set  0x601: the hardware is in none of the listed states\n"
+            "backlight             unavailable  set       it can only be set, not read\n"
+            "bluetooth                   fault  get, set  0xD01: the hardware is in none of the listed states\n"
+            "wifi                            1  get, set  Wi-Fi\n"
+            "otp                         fault  get, set  0x15: the firmware lists a command of a kind that cannot be "
+            "stepped over\n"
+            "at-mode                         2  get       AT mode\n"
+            "board-version              0x0305  get       board version: bits 00000101, 3 matching\n",
+            self.says("features"))
+
+    def test_are_all_25_on_request(self):
+        names = {key.split("/")[1] for key in self.values("features", "--all")}
+        self.assertEqual(25, len(names))
+        self.assertEqual(("unavailable", 0x900), tuple(self.values("features", "--all")["feature/tpm"][key]
+                                                       for key in ("state", "code")))
+
+    def test_are_values_in_json(self):
+        values = self.values("features")
+        self.assertEqual({"feature/com-type/1": 0, "feature/com-type/4": 1, "feature/wifi": 1, "feature/at-mode": 2,
+                          "feature/board-version": 0x0305},
+                         {key: value["value"] for key, value in values.items() if value["state"] == "ok"})
+
+
+class Get(tool.Case):
+    def test_prints_the_bare_value(self):
+        self.assertEqual("1\n", self.says("get", "wifi"))
+        self.assertEqual("1\n", self.says("get", "com-type", "4"))
+        self.assertEqual("1\n", self.says("get", "com-type", "0x4"))
+        self.assertEqual("0x0305\n", self.says("get", "board-version"))
+
+    def test_lists_all_instances_without_an_index(self):
+        self.assertEqual("INDEX  VALUE\n    1      0\n    4      1\n", self.says("get", "com-type"))
+
+    def test_fails_with_the_code_in_hex_and_words(self):
+        self.refuses(1, "vynctl: COM port type: no entry of the board has this value or index (code 0x204)",
+                     "get", "com-type", "7")
+        self.refuses(1, "vynctl: on-board TPM: the board does not offer it (code 0x900)", "get", "tpm")
+        self.refuses(1, "vynctl: the firmware lists a command of a kind that cannot be stepped over (code 0x15)",
+                     "get", "otp")
+        self.refuses(1, "vynctl: it can only be set, not read", "get", "backlight")
+
+    def test_refuses_wrong_usage(self):
+        self.refuses(2, "vynctl: there is no feature 'wify' (did you mean 'wifi'?); 'vynctl features --all' lists them",
+                     "get", "wify")
+        self.refuses(2, "vynctl: wifi has no instances; leave INDEX out", "get", "wifi", "1")
+        self.refuses(2, "vynctl: INDEX must be a number from 0 to 255, not '256'", "get", "com-type", "256")
+
+    def test_has_the_error_in_json(self):
+        document = self.document("get", "tpm", status=1)
+        self.assertEqual({"code": 0x900, "hex": "0x900", "words": "on-board TPM: the board does not offer it"},
+                         document["error"])
+
+
+class Set(tool.Case):
+    def test_changes_the_state_and_reads_it_back(self):
+        self.assertEqual("wifi set to 0\n", self.says("set", "wifi", "0"))
+        self.assertEqual("com-type 1 set to 1\n", self.says("set", "com-type", "1", "0x01"))
+        self.assertEqual("backlight set to 3\n", self.says("set", "backlight", "3"))
+        self.assertEqual(0, self.values("set", "wifi", "0")["feature/wifi"]["value"])
+
+    def test_says_when_the_hardware_reads_back_something_else(self):
+        self.assertEqual("bluetooth set to 1, but reads back 0\n", self.says("set", "bluetooth", "1"))
+
+    def test_fails_with_the_code_in_hex_and_words(self):
+        self.refuses(1, "vynctl: Wi-Fi: no entry of the board has this value or index (code 0xE04)", "set", "wifi", "9")
+        self.refuses(1, "vynctl: backlight: no entry of the board has this value (code 0x1903)", "set", "backlight", "9")
+
+    def test_of_a_missing_led_colour_names_the_right_family(self):
+        self.refuses(1, "vynctl: user LED colour: the board does not offer it (code 0x1F00)", "set", "user-led-color",
+                     "0", "1")
+
+    def test_refuses_wrong_usage(self):
+        self.refuses(2, "vynctl: at-mode can only be read", "set", "at-mode", "1")
+        self.refuses(2, "vynctl: com-type needs INDEX and VALUE", "set", "com-type", "1")
+        self.refuses(2, "vynctl: wifi takes one VALUE and no INDEX", "set", "wifi", "0", "1")
+        self.refuses(2, "vynctl: VALUE must be a number from 0 to 255, not 'on'", "set", "wifi", "on")
+
+
+class Report(tool.Case):
+    def test_shows_everything_on_one_screen(self):
+        self.assertEqual(
+            "VYN-TEST  (simulated)\n"
+            "\n"
+            "Voltages\n"
+            "  +12V   12.000  V    VCORE   1.200  V    VDEAD   fault\n"
+            "\n"
+            "Temperatures\n"
+            "  CPU Core   45.0  °C    System    -10.0  °C\n"
+            "\n"
+            "Fan speeds\n"
+            "  CPU Fan   1000  rpm    Rear Fan     0  rpm\n"
+            "\n"
+            "Features\n"
+            "  lvds-state       fault         otp              fault\n"
+            "  backlight        can be set    at-mode          2\n"
+            "  bluetooth        fault         board-version    0x0305\n"
+            "  wifi             1\n"
+            "\n"
+            "Features by index\n"
+            "  com-type         1:0  4:1\n"
+            "\n"
+            "Watchdog\n"
+            "  interval 0    mode 0\n"
+            "\n"
+            "Fan control\n"
+            "  FAN      MODES  MODE  PARAMETERS\n"
+            "  CPU Fan  0 2    2     40 80\n"
+            "\n"
+            "Not readable\n"
+            "  VDEAD             0x302: the sensor read 0, which counts as no reading\n"
+            "  LVDS panel state  0x601: the hardware is in none of the listed states\n"
+            "  Bluetooth         0xD01: the hardware is in none of the listed states\n"
+            "  OTP               0x15: the firmware lists a command of a kind that cannot be stepped over\n",
+            self.says("report"))
+
+    def test_has_every_value_in_json(self):
+        values = self.values("report")
+        for key in ("voltage/+12V", "feature/com-type/4", "watchdog/interval", "fan/CPU_Fan/parameters"):
+            self.assertIn(key, values)
+
+    def test_says_that_a_bare_board_offers_nothing(self):
+        done = self.run_on(tool.HERE / "bare.toml", "report")
+        self.assertEqual((0, "Unknown model  (simulated)\n\nThe firmware tables were not found; "
+                          "this board offers nothing.\n"), (done.returncode, done.stdout))
+
+
+if __name__ == "__main__":
+    unittest.main()

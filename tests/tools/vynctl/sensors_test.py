@@ -1,0 +1,126 @@
+#!/usr/bin/env python3
+"""sensors, metrics and the sensors of hostile and large boards."""
+import unittest
+
+import tool
+
+
+class Sensors(tool.Case):
+    def test_are_aligned_under_a_heading_per_quantity(self):
+        self.assertEqual(
+            "Voltages\n"
+            "  +12V      12.000  V\n"
+            "  VCORE      1.200  V\n"
+            "  VDEAD      fault       0x302: the sensor read 0, which counts as no reading\n"
+            "\n"
+            "Temperatures\n"
+            "  CPU Core    45.0  °C\n"
+            "  System     -10.0  °C\n"
+            "\n"
+            "Fan speeds\n"
+            "  CPU Fan     1000  rpm\n"
+            "  Rear Fan       0  rpm\n", self.says("sensors"))
+
+    def test_have_an_ascii_unit_where_the_locale_is_not_utf8(self):
+        self.assertIn("  System     -10.0  C\n", self.run_tool("sensors", LC_ALL="C").stdout)
+
+    def test_can_be_chosen_by_name_identifier_or_quantity(self):
+        self.assertEqual("Voltages\n  VCORE   1.200  V\n\nTemperatures\n  System  -10.0  °C\n",
+                         self.says("sensors", "VCORE", "temperature/System"))
+        self.assertEqual("Fan speeds\n  CPU Fan   1000  rpm\n  Rear Fan     0  rpm\n", self.says("sensors", "fan-speed"))
+
+    def test_that_do_not_exist_are_refused_with_the_nearest_name(self):
+        self.refuses(1, "vynctl: there is no sensor 'CPU cor' (did you mean 'CPU Core'?)", "sensors", "CPU cor")
+
+    def test_are_the_same_in_json_and_one_failure_hides_nothing(self):
+        values = self.values("sensors")
+        self.assertEqual(["voltage/+12V", "voltage/VCORE", "voltage/VDEAD", "temperature/CPU_Core",
+                          "temperature/System", "fan-speed/CPU_Fan", "fan-speed/Rear_Fan"], list(values))
+        self.assertEqual({"id": "voltage/VCORE", "name": "VCORE", "quantity": "voltage", "unit": "V", "value": 1.2,
+                          "state": "ok"}, values["voltage/VCORE"])
+        self.assertEqual({"id": "voltage/VDEAD", "name": "VDEAD", "quantity": "voltage", "unit": "V", "value": None,
+                          "state": "fault", "code": 0x302, "hex": "0x302",
+                          "words": "voltage: the sensor read 0, which counts as no reading"}, values["voltage/VDEAD"])
+        self.assertEqual(1000, values["fan-speed/CPU_Fan"]["value"])
+
+
+class HostileSensors(tool.Case):
+    board = "hostile.toml"
+
+    def test_have_names_that_are_printable_ascii(self):
+        for command in ("sensors", "report", "metrics", "check", "info"):
+            output = self.run_tool(command, LC_ALL="C").stdout
+            self.assertRegex(output, r"\A[ -~\n]*\Z", command)
+        self.assertIn(r"voltage/Vin_xFC_xDF", self.values("sensors"))
+        self.assertEqual(r"Vin\xFC\xDF", self.values("sensors")["voltage/Vin_xFC_xDF"]["name"])
+
+    def test_that_are_not_finite_are_faults(self):
+        for name in ("NaN", "Inf"):
+            value = self.values("sensors")[f"temperature/{name}"]
+            self.assertEqual((None, "fault", 0, "the library's reading is not a finite number"),
+                             (value["value"], value["state"], value["code"], value["words"]))
+
+    def test_that_wrap_pass_through(self):
+        wrapped = [value for key, value in self.values("sensors").items() if key.startswith("temperature/Wrap")]
+        self.assertAlmostEqual(2.0**64, wrapped[0]["value"], delta=2.0**45)
+
+    def test_of_one_name_have_identifiers_of_their_own(self):
+        values = self.values("sensors")
+        self.assertEqual((1.0, 1.0), (values["voltage/Twin"]["value"], values["voltage/Twin#2"]["value"]))
+
+    def test_without_a_name_are_listed(self):
+        self.assertEqual(("unavailable", 0x305),
+                         tuple(self.values("sensors")["voltage/unnamed"][key] for key in ("state", "code")))
+
+    def test_cannot_spoil_the_line_of_a_plugin(self):
+        line = self.run_tool("check", "temperature").stdout
+        self.assertEqual(1, line.count("\n"))
+        self.assertEqual(1, line.count("|"))
+        self.assertEqual(0, line.partition("|")[2].count("'") % 2)
+
+
+class ManySensors(tool.Case):
+    def board_with(self, count):
+        text = "[[index_data]]\nindex_port = 0x70\ndata_port = 0x71\nregisters = { 0x20 = 125 }\n"
+        for i in range(count):
+            text += ('[[sensor]]\nquantity = "voltage"\nkind = 2\n' + f'name = "V{i:03}"\n'
+                     "commands = [{ index_port = 0x70, data_port = 0x71, register = 0x20, get = \"read\" }]\n")
+        path = self.scratch() / "many.toml"
+        path.write_text(text)
+        return path
+
+    def test_up_to_255_are_all_listed(self):
+        document = self.validated(self.run_on(self.board_with(255), "sensors", "--json").stdout)
+        self.assertEqual([f"voltage/V{i:03}" for i in range(255)], [value["id"] for value in document["values"]])
+        self.assertEqual({1.0}, {value["value"] for value in document["values"]})
+
+
+class Metrics(tool.Case):
+    def test_are_in_the_text_exposition_format(self):
+        lines = self.says("metrics").splitlines()
+        self.assertIn('vynlib_board_info{model="VYN-TEST"} 1', lines)
+        self.assertIn('vynlib_voltage_volts{sensor="+12V"} 12', lines)
+        self.assertIn('vynlib_temperature_celsius{sensor="System"} -10', lines)
+        self.assertIn('vynlib_fan_speed_rpm{sensor="CPU Fan"} 1000', lines)
+        self.assertIn('vynlib_sensor_ok{quantity="voltage",sensor="VDEAD"} 0', lines)
+        for line in lines:
+            self.assertRegex(line, r'^(# (HELP|TYPE) vynlib_\w+ .+|vynlib_\w+\{\w+="[^"]*"(,\w+="[^"]*")?\} -?[0-9.e+]+)$')
+
+    def test_replace_a_file_in_one_step(self):
+        path = self.scratch() / "vynlib.prom"
+        path.write_text("old")
+        self.assertEqual("", self.says("metrics", "--output", str(path)))
+        self.assertEqual(self.says("metrics"), path.read_text())
+        self.assertEqual([path], list(path.parent.iterdir()))
+
+    def test_that_cannot_be_written_fail(self):
+        done = self.run_tool("metrics", "--output", "/nowhere/vynlib.prom")
+        self.assertEqual((1, "vynctl: cannot write /nowhere/vynlib.prom: No such file or directory\n"),
+                         (done.returncode, done.stderr))
+
+    def test_have_a_json_form(self):
+        self.assertEqual(self.document("sensors")["values"], self.document("metrics")["values"])
+
+
+if __name__ == "__main__":
+    unittest.main()

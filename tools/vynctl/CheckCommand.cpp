@@ -1,0 +1,174 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "Codes.h"
+#include "Limits.h"
+#include "SensorChoice.h"
+#include "Sensors.h"
+#include "Subcommand.h"
+#include "Text.h"
+
+namespace vynctl {
+namespace {
+
+struct Arguments {
+  std::vector<std::string> sensors;
+  std::vector<std::string> limits;
+  std::string file;
+};
+
+/// Plugin states: the number is the exit status, the order in the table is from harmless to grave.
+struct Verdict {
+  const char* word;
+  int exit;
+};
+constexpr Verdict kVerdicts[] = {{"OK", 0}, {"UNKNOWN", 3}, {"WARNING", 1}, {"CRITICAL", 2}};
+enum Gravity : size_t { kFine, kUnknown, kWarning, kCritical };
+
+struct Judged {
+  Value value;
+  Range warning = {};
+  Range critical = {};
+  Gravity gravity = kFine;
+};
+
+double Number(const Value& value) {
+  if (const int64_t* number = std::get_if<int64_t>(&value.data)) return static_cast<double>(*number);
+  return std::get<double>(value.data);
+}
+
+Judged Judge(const Value& value, const std::vector<Limit>& limits) {
+  Judged judged{.value = value, .warning = {}, .critical = {}};
+  for (const Limit& limit : limits) {
+    if (!IsCalled(value, limit.sensor)) continue;
+    judged.warning = limit.warning;
+    judged.critical = limit.critical;
+  }
+  if (value.state != State::kOk) {
+    judged.gravity = kUnknown;
+  } else if (!judged.critical.Accepts(Number(value))) {
+    judged.gravity = kCritical;
+  } else if (!judged.warning.Accepts(Number(value))) {
+    judged.gravity = kWarning;
+  }
+  return judged;
+}
+
+/// Text without the characters that divide a plugin's output.
+std::string PluginText(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == '|' || c == ';'; }, '_');
+  return text;
+}
+
+std::string Complaint(const Judged& judged) {
+  const Value& value = judged.value;
+  if (judged.gravity == kUnknown) return PluginText(fmt::format("{}: {}", value.name, ShownFailure(value)));
+  const Range& broken = judged.gravity == kCritical ? judged.critical : judged.warning;
+  return PluginText(fmt::format("{} {} {} (good: {})", value.name, ShownData(value), value.unit, broken.text));
+}
+
+/// 'label'=value unit;warning;critical
+std::string PerformanceData(const Judged& judged) {
+  std::string label = DistinctName(judged.value);
+  std::replace_if(
+      label.begin(), label.end(), [](char c) { return c == '=' || c == '\'' || c == '|'; }, '_');
+  std::string tail = fmt::format(";{};{}", judged.warning.text, judged.critical.text);
+  tail.erase(tail.find_last_not_of(';') + 1);
+  if (judged.value.state != State::kOk) return fmt::format("'{}'=U{}", label, tail);
+  return fmt::format("'{}'={}{}{}", label, Number(judged.value), judged.value.unit, tail);
+}
+
+Gravity Worst(const std::vector<Judged>& all) {
+  Gravity worst = kFine;
+  for (const Judged& judged : all) worst = std::max(worst, judged.gravity);
+  return worst;
+}
+
+std::string Line(const std::vector<Judged>& all) {
+  const Gravity worst = Worst(all);
+  std::string complaints, data;
+  for (size_t gravity = kCritical; gravity > kFine; --gravity) {
+    for (const Judged& judged : all) {
+      if (judged.gravity == gravity) complaints += (complaints.empty() ? "" : ", ") + Complaint(judged);
+    }
+  }
+  for (const Judged& judged : all) data += ' ' + PerformanceData(judged);
+  if (complaints.empty()) complaints = fmt::format("{} sensor{}", all.size(), all.size() == 1 ? "" : "s");
+  return fmt::format("VYNLIB {} - {} |{}\n", kVerdicts[worst].word, complaints, data);
+}
+
+nlohmann::ordered_json ToJson(const std::vector<Judged>& all) {
+  const Verdict& verdict = kVerdicts[Worst(all)];
+  nlohmann::ordered_json check = {{"status", verdict.word}, {"exit", verdict.exit}};
+  check["sensors"] = nlohmann::ordered_json::array();
+  for (const Judged& judged : all) {
+    check["sensors"].push_back({{"id", judged.value.id},
+                                {"status", kVerdicts[judged.gravity].word},
+                                {"warning", Printable(judged.warning.text)},
+                                {"critical", Printable(judged.critical.text)}});
+  }
+  return check;
+}
+
+std::vector<Limit> AllLimits(const Arguments& arguments) {
+  std::vector<Limit> limits;
+  if (!arguments.file.empty()) limits = ReadLimits(arguments.file);
+  for (const std::string& text : arguments.limits) limits.push_back(ParseLimit(text));
+  return limits;
+}
+
+/// "" or a sentence about the first limit that fits no sensor.
+std::string StrayLimit(const std::vector<Value>& values, const std::vector<Limit>& limits) {
+  for (const Limit& limit : limits) {
+    const auto called = [&](const Value& value) { return IsCalled(value, limit.sensor); };
+    if (std::none_of(values.begin(), values.end(), called)) return NoSuchSensor(values, limit.sensor);
+  }
+  return "";
+}
+
+int Unknown(Context& context, const std::string& why) {
+  Document document;
+  document.refusal = Refusal{0, why};
+  document.extra["check"] = ToJson({});
+  document.extra["check"]["status"] = kVerdicts[kUnknown].word;
+  document.extra["check"]["exit"] = kVerdicts[kUnknown].exit;
+  if (context.options.json) {
+    context.Finish(document, "");
+  } else {
+    context.Print(fmt::format("VYNLIB UNKNOWN - {}\n", PluginText(why)));
+  }
+  return kVerdicts[kUnknown].exit;
+}
+
+int Run(Context& context, const Arguments& arguments) {
+  const std::vector<Limit> limits = AllLimits(arguments);
+  std::vector<Value> values = ReadSensors(context.library);
+  std::string trouble = StrayLimit(values, limits);
+  if (trouble.empty()) trouble = Choose(values, arguments.sensors);
+  if (trouble.empty() && values.empty()) trouble = "this board has no sensors";
+  if (!trouble.empty()) return Unknown(context, trouble);
+  std::vector<Judged> all;
+  for (const Value& value : values) all.push_back(Judge(value, limits));
+  Document document;
+  document.values = values;
+  document.extra["check"] = ToJson(all);
+  context.Finish(document, Line(all));
+  return kVerdicts[Worst(all)].exit;
+}
+
+}  // namespace
+
+Action BuildCheck(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  app.add_option("SENSOR", arguments->sensors, "names, identifiers or quantities to check; without: all sensors");
+  app.add_option("-l,--limit", arguments->limits, "SENSOR=WARNING,CRITICAL: ranges of good values (10:20, 500:, ~:80)")
+      ->expected(1)
+      ->take_all();
+  app.add_option("-f,--limits", arguments->file, "file with one such limit per line");
+  return [arguments](Context& context) { return Run(context, *arguments); };
+}
+
+}  // namespace vynctl

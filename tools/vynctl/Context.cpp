@@ -1,0 +1,116 @@
+#include "Context.h"
+
+#include <fmt/format.h>
+#include <langinfo.h>
+#include <locale.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "Codes.h"
+#include "Text.h"
+
+namespace vynctl {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr char kSchema[] = "vynctl";
+constexpr int kSchemaVersion = 1;
+constexpr size_t kDefaultWidth = 80;
+
+Json ToJson(const Data& data) {
+  if (const bool* flag = std::get_if<bool>(&data)) return *flag;
+  if (const int64_t* number = std::get_if<int64_t>(&data)) return *number;
+  if (const double* number = std::get_if<double>(&data)) return *number;
+  if (const std::string* text = std::get_if<std::string>(&data)) return *text;
+  if (const auto* list = std::get_if<std::vector<uint8_t>>(&data)) return std::vector<int>(list->begin(), list->end());
+  return nullptr;
+}
+
+Json CodeToJson(uint64_t code, const std::string& words) {
+  return {{"code", code}, {"hex", Hex(code)}, {"words", words}};
+}
+
+Json ToJson(const Value& value) {
+  Json json = {{"id", value.id},     {"name", value.name},          {"quantity", value.quantity},
+               {"unit", value.unit}, {"value", ToJson(value.data)}, {"state", ToString(value.state)}};
+  if (value.state != State::kOk) json.update(CodeToJson(value.code, value.words));
+  return json;
+}
+
+bool EnvironmentSays(const char* name) {
+  const char* value = getenv(name);
+  return value != nullptr && *value != '\0';
+}
+
+bool WantsColour(const Options& options, int descriptor) {
+  if (options.colour != "auto") return options.colour == "always";
+  const char* terminal = getenv("TERM");
+  const bool dumb = terminal == nullptr || strcmp(terminal, "dumb") == 0;
+  return isatty(descriptor) != 0 && !dumb && !EnvironmentSays("NO_COLOR");
+}
+
+size_t WidthOf(int descriptor) {
+  winsize size{};
+  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  const char* columns = getenv("COLUMNS");
+  const int width = columns != nullptr ? atoi(columns) : 0;
+  return width > 0 ? static_cast<size_t>(width) : kDefaultWidth;
+}
+
+}  // namespace
+
+Document Document::Refused(uint64_t code) {
+  Document document;
+  document.refusal = Refusal{code, WordsFor(code)};
+  return document;
+}
+
+void Document::RefuseIfNotOk(const Value& value) {
+  if (value.state != State::kOk) refusal = Refusal{value.code, value.words};
+}
+
+nlohmann::ordered_json ToJson(const Document& document, const std::string& command, const Options& options,
+                              const Library* library) {
+  Json json = {{"schema", kSchema}, {"version", kSchemaVersion}, {"command", command}};
+  json["model"] = library != nullptr && !library->Model().empty() ? Json(library->Model()) : Json(nullptr);
+  json["simulated"] = !options.load.board.empty();
+  json["ok"] = !document.refusal.has_value();
+  json["error"] = document.refusal ? CodeToJson(document.refusal->code, document.refusal->words) : Json(nullptr);
+  json["values"] = Json::array();
+  for (const Value& value : document.values) json["values"].push_back(ToJson(value));
+  json.update(document.extra);
+  return json;
+}
+
+Style StyleFor(const Options& options, int descriptor) {
+  setlocale(LC_CTYPE, "");
+  return {.colour = WantsColour(options, descriptor),
+          .unicode = strcmp(nl_langinfo(CODESET), "UTF-8") == 0,
+          .width = WidthOf(descriptor)};
+}
+
+int Context::Finish(const Document& document, const std::string& text) {
+  if (options.json) {
+    Print(ToJson(document, command, options, &library).dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+  } else {
+    Print(text);
+    if (document.refusal) {
+      const std::string code =
+          document.refusal->code != 0 ? fmt::format(" (code {})", Hex(document.refusal->code)) : "";
+      fmt::print(stderr, "vynctl: {}{}\n", document.refusal->words, code);
+    }
+  }
+  return document.refusal ? kRefused : kDone;
+}
+
+void Context::Print(const std::string& text) const {
+  if (!text.empty() && !output.Write(text)) {
+    throw std::runtime_error(fmt::format("cannot write to standard output: {}", strerror(errno)));
+  }
+}
+
+}  // namespace vynctl

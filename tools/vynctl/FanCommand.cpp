@@ -1,0 +1,94 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "Codes.h"
+#include "FanText.h"
+#include "FeatureArguments.h"
+#include "Subcommand.h"
+#include "Text.h"
+
+namespace vynctl {
+namespace {
+
+struct Arguments {
+  std::string name;
+  std::string verb;
+  std::vector<std::string> numbers;
+};
+
+constexpr uint64_t kNoSuchFan = (VYNLIB_FAMILY_FAN_CONFIG << 8) | 0x06;
+constexpr uint64_t kOtherCount = (VYNLIB_FAMILY_FAN_CONFIG << 8) | 0x05;
+
+/// The library's name for the fan that the user calls `name`; empty when the board lists no such fan.
+std::optional<std::string> FindFan(const std::vector<std::string>& names, const std::string& name) {
+  const auto called = [&](const std::string& raw) { return raw == name || Printable(Trim(raw)) == Trim(name); };
+  const auto found = std::find_if(names.begin(), names.end(), called);
+  if (found == names.end()) return std::nullopt;
+  return *found;
+}
+
+int NoSuchFan(Context& context, const std::vector<std::string>& names, const std::string& name) {
+  if (names.empty()) return context.Finish(Document::Refused(context.library.LastError()), "");
+  Document document = Document::Refused(kNoSuchFan);
+  std::vector<std::string> printable;
+  for (const std::string& raw : names) printable.push_back(Printable(Trim(raw)));
+  document.refusal->words = fmt::format("there is no fan '{}'{}", Printable(name), Suggestion(name, printable));
+  return context.Finish(document, "");
+}
+
+int Show(Context& context, const std::string& rawName, const std::string& sentence) {
+  const std::vector<Fan> fans = {ReadFan(context.library, rawName)};
+  Document document;
+  document.values = FanValues(fans);
+  document.RefuseIfNotOk(fans.front().mode);
+  return context.Finish(document, sentence + FanTable(fans, context.style));
+}
+
+/// A wrong number of parameters is explained by the right one.
+std::string Explained(const Context& context, const std::string& rawName, uint64_t code, uint8_t mode, size_t given) {
+  if (code != kOtherCount) return WordsFor(code);
+  const std::optional<unsigned> wanted = ParameterCount(context.library, rawName, mode);
+  if (!wanted) return fmt::format("{} has no mode {}", Printable(Trim(rawName)), mode);
+  return fmt::format("mode {} of {} takes {} parameter{}, not {}", mode, Printable(Trim(rawName)), *wanted,
+                     *wanted == 1 ? "" : "s", given);
+}
+
+int Set(Context& context, const std::string& rawName, const std::vector<std::string>& numbers) {
+  std::vector<uint8_t> block;
+  for (const std::string& number : numbers) block.push_back(ByteArgument(block.empty() ? "MODE" : "PARAM", number));
+  const uint64_t code = SetFan(context.library, rawName, block);
+  if (code == VYNLIB_OK)
+    return Show(context, rawName, fmt::format("{} set to mode {}.\n", Printable(Trim(rawName)), block[0]));
+  Document document = Document::Refused(code);
+  document.refusal->words = Explained(context, rawName, code, block[0], block.size() - 1);
+  return context.Finish(document, "");
+}
+
+int Run(Context& context, const Arguments& arguments) {
+  constexpr size_t kLargestBlock = 254;
+  const bool set = arguments.verb == "set";
+  if (!arguments.verb.empty() && !set) {
+    throw UsageError(fmt::format("'{}' is not something a fan does; write 'vynctl fan NAME set MODE PARAM...'",
+                                 Printable(arguments.verb)));
+  }
+  if (set && arguments.numbers.empty()) throw UsageError("'set' needs MODE and the mode's parameters");
+  if (arguments.numbers.size() > kLargestBlock) throw UsageError("too many parameters");
+  const std::vector<std::string> names = FanNames(context.library);
+  const std::optional<std::string> rawName = FindFan(names, arguments.name);
+  if (!rawName) return NoSuchFan(context, names, arguments.name);
+  return set ? Set(context, *rawName, arguments.numbers) : Show(context, *rawName, "");
+}
+
+}  // namespace
+
+Action BuildFan(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  app.add_option("NAME", arguments->name, "name of the fan, as 'vynctl fans' lists it")->required();
+  app.add_option("VERB", arguments->verb, "'set' to change the fan; without it the fan is shown");
+  app.add_option("NUMBERS", arguments->numbers, "MODE and the mode's parameters, each 0 to 255");
+  return [arguments](Context& context) { return Run(context, *arguments); };
+}
+
+}  // namespace vynctl

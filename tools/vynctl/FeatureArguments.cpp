@@ -1,0 +1,25 @@
+#include "FeatureArguments.h"
+
+#include <fmt/format.h>
+
+#include "Context.h"
+#include "Text.h"
+
+namespace vynctl {
+
+const Feature& NamedFeature(const std::string& name) {
+  const Feature* feature = FindFeature(name);
+  if (feature == nullptr) {
+    throw UsageError(fmt::format("there is no feature '{}'{}; 'vynctl features --all' lists them", Printable(name),
+                                 Suggestion(name, FeatureNames())));
+  }
+  return *feature;
+}
+
+uint8_t ByteArgument(const char* what, const std::string& text) {
+  const std::optional<uint8_t> byte = ParseByte(text);
+  if (!byte) throw UsageError(fmt::format("{} must be a number from 0 to 255, not '{}'", what, Printable(text)));
+  return *byte;
+}
+
+}  // namespace vynctl

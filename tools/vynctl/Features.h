@@ -1,0 +1,56 @@
+/// The board's feature states: one table that reading, setting, listing and reporting share.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Library.h"
+#include "Value.h"
+
+namespace vynctl {
+
+enum class Shape {
+  kPlain,    ///< one state
+  kIndexed,  ///< one state per instance
+  kVersion,  ///< 16 bits: number of matching entries, version bits
+};
+
+struct Feature {
+  const char* name;  ///< on the command line and in identifiers
+  unsigned family;   ///< VYNLIB_FAMILY_...; its words name the feature
+  Shape shape;
+  const char* getter;  ///< exported function, or null: the feature can only be set
+  const char* setter;  ///< exported function, or null: the feature can only be read
+};
+
+const std::vector<Feature>& Features();
+std::vector<std::string> FeatureNames();
+/// The row named `name`, or null.
+const Feature* FindFeature(const std::string& name);
+
+/// Does the board offer it? Touches no hardware; leaves the answer's code in the last error.
+bool OffersReading(const Library& library, const Feature& feature);
+bool OffersSetting(const Library& library, const Feature& feature);
+inline bool Offers(const Library& library, const Feature& feature) {
+  return OffersReading(library, feature) || OffersSetting(library, feature);
+}
+
+/// The feature's value, one per instance for indexed ones (instances are found by asking for all 256). A feature that
+/// the board does not offer, or that cannot be read, is one value that says so.
+std::vector<Value> ReadFeature(const Library& library, const Feature& feature);
+/// The value of one instance; `index` is used by indexed features alone.
+Value ReadFeatureAt(const Library& library, const Feature& feature, uint8_t index);
+/// The library's code: 0 when the state was set.
+uint64_t SetFeature(const Library& library, const Feature& feature, uint8_t index, uint8_t value);
+
+/// The instance number at the end of an indexed feature's identifier, or "".
+std::string InstanceOf(const Value& value);
+
+/// The value as people read it: a version in hexadecimal, other states as they are.
+std::string ShownState(const Feature& feature, const Value& value);
+/// What the value is, or why there is none.
+std::string Explain(const Feature& feature, const Value& value);
+
+}  // namespace vynctl

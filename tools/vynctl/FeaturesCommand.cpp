@@ -1,0 +1,50 @@
+#include <fmt/format.h>
+
+#include <memory>
+
+#include "Features.h"
+#include "Subcommand.h"
+
+namespace vynctl {
+namespace {
+
+const char* Access(const Library& library, const Feature& feature) {
+  const bool read = OffersReading(library, feature), set = OffersSetting(library, feature);
+  return read && set ? "get, set" : read ? "get" : set ? "set" : "";
+}
+
+void AddRows(Table& table, const Feature& feature, const std::vector<Value>& values, const char* access) {
+  for (const Value& value : values) {
+    const bool first = &value == &values.front();
+    table.Add({{first ? feature.name : "", Tone::kHeading},
+               {InstanceOf(value)},
+               {ShownState(feature, value), value.state == State::kOk ? Tone::kPlain : ToneOf(value)},
+               {first ? access : "", Tone::kFaint},
+               {Explain(feature, value), value.state == State::kOk ? Tone::kFaint : ToneOf(value)}});
+  }
+}
+
+int Run(Context& context, bool all) {
+  using enum Table::Align;
+  Document document;
+  Table table({kLeft, kRight, kRight, kLeft, kLeft});
+  table.Heading({"FEATURE", "INDEX", "VALUE", "ACCESS", "WHAT"});
+  for (const Feature& feature : Features()) {
+    if (!all && !Offers(context.library, feature)) continue;
+    const std::vector<Value> values = ReadFeature(context.library, feature);
+    AddRows(table, feature, values, Access(context.library, feature));
+    document.values.insert(document.values.end(), values.begin(), values.end());
+  }
+  if (document.values.empty()) return context.Finish(document, "This board offers no features.\n");
+  return context.Finish(document, table.Render(context.style));
+}
+
+}  // namespace
+
+Action BuildFeatures(CLI::App& app) {
+  const auto all = std::make_shared<bool>(false);
+  app.add_flag("-a,--all", *all, "also those that the board does not offer");
+  return [all](Context& context) { return Run(context, *all); };
+}
+
+}  // namespace vynctl

@@ -1,0 +1,103 @@
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "Fans.h"
+#include "Features.h"
+#include "Sensors.h"
+#include "Subcommand.h"
+#include "Text.h"
+#include "Watchdog.h"
+
+namespace vynctl {
+namespace {
+
+Value Answer(const std::string& id, const std::string& name, const std::string& quantity, Data data) {
+  return {.id = id, .name = name, .quantity = quantity, .data = std::move(data)};
+}
+
+Value Model(const Library& library) {
+  Value value = Answer("board/model", "model", "text", library.Model());
+  if (!library.Model().empty()) return value;
+  value.data = {};
+  value.state = State::kUnavailable;
+  value.words = "the board has no BIOS information record";
+  return value;
+}
+
+std::vector<Value> Describe(const Library& library) {
+  std::vector<Value> values = {Model(library)};
+  const bool tables = library.Functions().TableSupported(VYNLIB_PERFORM) != 0;
+  values.push_back(Answer("board/tables", "firmware tables", "presence", tables));
+  for (const Quantity& quantity : Quantities()) {
+    const auto count = static_cast<int64_t>(CountSensors(library, quantity));
+    values.push_back(Answer(fmt::format("count/{}", quantity.name), quantity.title, "count", count));
+  }
+  values.push_back(Answer("support/watchdog", "watchdog", "support", OffersWatchdog(library)));
+  values.push_back(Answer("support/fan-control", "fan control", "support", !FanNames(library).empty()));
+  for (const Feature& feature : Features()) {
+    values.push_back(
+        Answer(fmt::format("support/{}", feature.name), feature.name, "support", Offers(library, feature)));
+  }
+  return values;
+}
+
+std::string OfferedFeatures(const Library& library, size_t width) {
+  std::string text, line;
+  for (const Feature& feature : Features()) {
+    if (!Offers(library, feature)) continue;
+    if (!line.empty() && line.size() + strlen(feature.name) + 2 > width) {
+      text += line + ",\n";
+      line.clear();
+    }
+    line += line.empty() ? feature.name : fmt::format(", {}", feature.name);
+  }
+  return text.empty() && line.empty() ? "none" : text + line;
+}
+
+std::string Sources(const Context& context) {
+  if (context.options.load.board.empty()) return context.library.FileName();
+  return fmt::format("{}, simulating {}", context.library.FileName(), Printable(context.options.load.board));
+}
+
+std::string Text(const Context& context, const std::vector<Value>& values) {
+  constexpr size_t kFirstColumn = 17;
+  const Library& library = context.library;
+  Table table({Table::Align::kLeft, Table::Align::kLeft});
+  const auto add = [&](const std::string& title, const std::string& text, Tone tone = Tone::kPlain) {
+    table.Add({{title, Tone::kFaint}, {text, tone}});
+  };
+  add("Model", library.Model().empty() ? "unknown (no BIOS information record)" : library.Model(), Tone::kHeading);
+  add("Library", Sources(context));
+  const bool tables = std::get<bool>(values[1].data);
+  add("Firmware tables", tables ? "found" : "not both found", tables ? Tone::kGood : Tone::kBad);
+  for (const Value& value : values) {
+    if (value.quantity == "count") add(value.name, ShownData(value) == "0" ? "none" : ShownData(value));
+  }
+  add("Watchdog", OffersWatchdog(library) ? "yes" : "none");
+  std::vector<std::string> fans;
+  for (const std::string& name : FanNames(library)) {
+    if (!IsIdentifying(library, name)) fans.push_back(Printable(Trim(name)));
+  }
+  add("Fan control", fans.empty() ? "none" : fmt::format("{}", fmt::join(fans, ", ")));
+  const std::string features = OfferedFeatures(library, context.style.width - kFirstColumn);
+  for (size_t start = 0; start <= features.size();) {
+    const size_t end = std::min(features.find('\n', start), features.size());
+    add(start == 0 ? "Features" : "", features.substr(start, end - start));
+    start = end + 1;
+  }
+  for (const std::string& message : library.Messages()) add("Library says", message, Tone::kWarning);
+  return table.Render(context.style);
+}
+
+int Run(Context& context) {
+  Document document;
+  document.values = Describe(context.library);
+  document.extra["messages"] = context.library.Messages();
+  return context.Finish(document, Text(context, document.values));
+}
+
+}  // namespace
+
+Action BuildInfo(CLI::App&) { return Run; }
+
+}  // namespace vynctl

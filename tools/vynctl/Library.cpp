@@ -1,0 +1,100 @@
+#include "Library.h"
+
+#include <dlfcn.h>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <stdlib.h>
+
+#include <sstream>
+
+#include "Codes.h"
+#include "Text.h"
+
+namespace vynctl {
+namespace {
+
+constexpr char kRealLibrary[] = "libvynlib.so.1";
+constexpr char kSimulatedLibrary[] = "libvynlib-sim.so.1";
+constexpr char kBoardVariable[] = "VYNLIB_BOARD";
+constexpr char kLiveVariable[] = "VYNLIB_LIVE";
+constexpr char kModelPrefix[] = "ModelName::";
+// The library runs "modprobe msr" by its bare name, as root.
+constexpr char kSafePath[] = "/usr/sbin:/usr/bin:/sbin:/bin";
+
+void PrepareEnvironment(const LoadOptions& options) {
+  setenv("PATH", kSafePath, 1);
+  for (const char* name : {"ENV", "BASH_ENV", kBoardVariable, kLiveVariable}) unsetenv(name);
+  if (!options.board.empty()) setenv(kBoardVariable, options.board.c_str(), 1);
+  if (options.live) setenv(kLiveVariable, "1", 1);
+}
+
+void* Load(const char* fileName) {
+  void* handle = dlopen(fileName, RTLD_NOW | RTLD_LOCAL);
+  if (handle == nullptr) throw LibraryError(fmt::format("cannot load the library: {}", dlerror()), 0);
+  return handle;
+}
+
+}  // namespace
+
+Library::Library(const LoadOptions& options, OutputDivert& output)
+    : fileName_(options.board.empty() ? kRealLibrary : kSimulatedLibrary) {
+  PrepareEnvironment(options);
+  handle_ = Load(fileName_);
+  Bind();
+  const bool started = api_.Init() != 0;
+  TakeMessages(output.Take());
+  if (started) return;
+  const uint64_t code = api_.GetLastError();
+  const std::string said = messages_.empty() ? "" : fmt::format("; it says: {}", fmt::join(messages_, ", "));
+  throw LibraryError(fmt::format("the library does not start: {}{}", WordsFor(code), said), code);
+}
+
+Library::~Library() { api_.UnInit(); }
+
+void* Library::Symbol(const char* name) const {
+  void* symbol = dlsym(handle_, name);
+  if (symbol == nullptr) throw LibraryError(fmt::format("{} has no function {}", fileName_, name), 0);
+  return symbol;
+}
+
+void Library::Bind() {
+  const auto bind = [this](auto& pointer, const char* name) {
+    pointer = Find<std::remove_pointer_t<std::remove_reference_t<decltype(pointer)>>>(name);
+  };
+  bind(api_.Init, "VynLibDllInit");
+  bind(api_.UnInit, "VynLibDllUnInit");
+  bind(api_.GetLastError, "VynLibDllGetLastError");
+  bind(api_.GetVoltage, "VynLibGetVoltage");
+  bind(api_.GetTemperature, "VynLibGetTemperature");
+  bind(api_.GetFanSpeed, "VynLibGetFanSpeed");
+  bind(api_.GetCurrent, "VynLibGetCurrent");
+  bind(api_.GetVoltageNames, "VynLibGetVoltageNames");
+  bind(api_.GetTemperatureNames, "VynLibGetTemperatureNames");
+  bind(api_.GetFanSpeedNames, "VynLibGetFanSpeedNames");
+  bind(api_.GetCurrentNames, "VynLibGetCurrentNames");
+  bind(api_.WDTEnable, "VynLibWDTEnable");
+  bind(api_.WDTDisable, "VynLibWDTDisable");
+  bind(api_.WDTSetInterval, "VynLibWDTSetInterval");
+  bind(api_.WDTGetInterval, "VynLibWDTGetInterval");
+  bind(api_.WDTGetCountMode, "VynLibWDTGetCountMode");
+  bind(api_.GetFanConfigNames, "VynLibGetFanConfigNames");
+  bind(api_.GetFANModeSupport, "VynLibGetFANModeSupport");
+  bind(api_.GetFANConfig, "VynLibGetFANConfig");
+  bind(api_.SetFANConfig, "VynLibSetFANConfig");
+  bind(api_.TableSupported, "VynLibTableSupported");
+  bind(api_.GetWhichIOToBeUse, "VynLibGetWhichIOToBeUse");
+}
+
+void Library::TakeMessages(const std::string& printed) {
+  std::istringstream lines(printed);
+  for (std::string line; std::getline(lines, line);) {
+    const std::string_view text = Trim(line);
+    if (text.starts_with(kModelPrefix)) {
+      model_ = Printable(Trim(text.substr(sizeof kModelPrefix - 1)));
+    } else if (!text.empty()) {
+      messages_.push_back(Printable(text));
+    }
+  }
+}
+
+}  // namespace vynctl

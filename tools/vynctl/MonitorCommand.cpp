@@ -1,0 +1,180 @@
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+#include <map>
+#include <memory>
+
+#include "Screen.h"
+#include "Sensors.h"
+#include "Signals.h"
+#include "Subcommand.h"
+
+namespace vynctl {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Arguments {
+  double seconds = 1;
+  unsigned count = 0;  ///< views to show; 0: until ended
+};
+
+struct Extremes {
+  Value lowest;
+  Value highest;
+};
+
+constexpr double kMillisecondsPerSecond = 1000;
+
+double Number(const Value& value) {
+  const int64_t* whole = std::get_if<int64_t>(&value.data);
+  return whole != nullptr ? static_cast<double>(*whole) : std::get<double>(value.data);
+}
+
+/// Reads, remembers the extremes and draws.
+class View {
+ public:
+  View(const Context& context, const Arguments& arguments) : context_(context), seconds_(arguments.seconds) {}
+
+  /// Reads the sensors again. What the library prints meanwhile is dropped, so that it cannot pile up.
+  void Refresh();
+  void ForgetExtremes() { extremes_.clear(); }
+  std::vector<std::string> Lines() const;
+  const std::vector<Value>& Values() const { return values_; }
+
+ private:
+  const Context& context_;
+  const double seconds_;
+  std::vector<Value> values_;
+  std::map<std::string, Extremes> extremes_;
+  std::time_t now_ = 0;
+};
+
+void View::Refresh() {
+  values_ = ReadSensors(context_.library);
+  context_.output.Take();
+  now_ = std::time(nullptr);
+  for (const Value& value : values_) {
+    if (value.state != State::kOk) continue;
+    Extremes& extremes = extremes_.try_emplace(value.id, Extremes{value, value}).first->second;
+    if (Number(value) < Number(extremes.lowest)) extremes.lowest = value;
+    if (Number(value) > Number(extremes.highest)) extremes.highest = value;
+  }
+}
+
+std::vector<std::string> View::Lines() const {
+  using enum Table::Align;
+  const Style& style = context_.style;
+  Table table({kLeft, kRight, kLeft, kRight, kRight, kLeft});
+  table.Heading({"SENSOR", "NOW", "", "LOWEST", "HIGHEST", ""});
+  for (const Value& value : values_) {
+    const Tone tone = value.state == State::kOk ? Tone::kPlain : ToneOf(value);
+    const auto known = extremes_.find(value.id);
+    const bool seen = known != extremes_.end();
+    table.Add({{value.name},
+               {ShownData(value), value.state == State::kOk ? Tone::kHeading : tone},
+               {value.state == State::kOk ? ShownUnit(value, style) : "", Tone::kFaint},
+               {seen ? ShownData(known->second.lowest) : "-", Tone::kFaint},
+               {seen ? ShownData(known->second.highest) : "-", Tone::kFaint},
+               {ShownFailure(value), tone}});
+  }
+  const std::string model = context_.library.Model().empty() ? "Unknown model" : context_.library.Model();
+  const std::string hint = fmt::format("  {:%H:%M:%S}, every {} s   q quits, r resets", fmt::localtime(now_), seconds_);
+  std::vector<std::string> lines = {style.Paint(Tone::kHeading, model) + style.Paint(Tone::kFaint, hint), ""};
+  if (values_.empty()) lines.push_back("This board has no sensors.");
+  const std::vector<std::string> rows = table.Lines(style);
+  if (!values_.empty()) lines.insert(lines.end(), rows.begin(), rows.end());
+  return lines;
+}
+
+int MillisecondsUntil(Clock::time_point then) {
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(then - Clock::now()).count();
+  return static_cast<int>(std::max<int64_t>(left + 1, 0));
+}
+
+/// Waits for the next view, answering keys and the window meanwhile. False when the user ends it.
+bool WaitOnScreen(Screen& screen, View& view, const Signals& signals, Clock::time_point next) {
+  while (Clock::now() < next) {
+    switch (signals.Wait(MillisecondsUntil(next), screen.KeySource())) {
+      case Signals::Event::kStop:
+        return false;
+      case Signals::Event::kTimeout:
+        continue;
+      case Signals::Event::kSuspend:
+        screen.Leave();
+        raise(SIGSTOP);
+        screen.Enter();
+        break;
+      case Signals::Event::kKey: {
+        const char key = screen.Key();
+        // No key although the source is ready: the terminal is gone.
+        if (key == 'q' || key == 'Q' || key == '\0') return false;
+        if (key == 'r') view.ForgetExtremes();
+        if (key == 'r') view.Refresh();
+        break;
+      }
+      case Signals::Event::kResize:
+      case Signals::Event::kContinue:
+        break;
+    }
+    screen.Show(view.Lines());
+  }
+  return true;
+}
+
+Clock::duration Period(const Arguments& arguments) {
+  return std::chrono::milliseconds(static_cast<int64_t>(arguments.seconds * kMillisecondsPerSecond));
+}
+
+int RunOnScreen(Context& context, const Arguments& arguments) {
+  if (isatty(context.output.Descriptor()) == 0) {
+    throw UsageError("monitor needs a terminal; use 'vynctl sensors', or monitor --json for a stream");
+  }
+  const Signals signals;
+  View view(context, arguments);
+  Screen screen(context.output);
+  Clock::time_point next = Clock::now();
+  for (unsigned shown = 1;; ++shown) {
+    view.Refresh();
+    screen.Show(view.Lines());
+    if (shown == arguments.count) return kDone;
+    next = std::max(next + Period(arguments), Clock::now());
+    if (!WaitOnScreen(screen, view, signals, next)) return kDone;
+  }
+}
+
+/// One document per line.
+int RunAsStream(Context& context, const Arguments& arguments) {
+  const Signals signals;
+  View view(context, arguments);
+  Clock::time_point next = Clock::now();
+  for (unsigned shown = 1;; ++shown) {
+    view.Refresh();
+    Document document;
+    document.values = view.Values();
+    context.Print(ToJson(document, context.command, context.options, &context.library).dump() + '\n');
+    if (shown == arguments.count) return kDone;
+    next = std::max(next + Period(arguments), Clock::now());
+    while (Clock::now() < next) {
+      if (signals.Wait(MillisecondsUntil(next)) == Signals::Event::kStop) return kDone;
+    }
+  }
+}
+
+}  // namespace
+
+Action BuildMonitor(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  app.add_option("-i,--interval", arguments->seconds, "seconds between two views (1)")
+      ->check(CLI::Range(0.01, 86400.0));
+  app.add_option("-n,--count", arguments->count, "end after so many views");
+  return [arguments](Context& context) {
+    return context.options.json ? RunAsStream(context, *arguments) : RunOnScreen(context, *arguments);
+  };
+}
+
+}  // namespace vynctl

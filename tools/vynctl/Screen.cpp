@@ -1,0 +1,66 @@
+#include "Screen.h"
+
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "Text.h"
+
+namespace vynctl {
+namespace {
+
+constexpr char kEnter[] = "\x1b[?1049h\x1b[?25l\x1b[2J";
+constexpr char kLeave[] = "\x1b[?25h\x1b[?1049l";
+constexpr char kHome[] = "\x1b[H";
+constexpr char kClearRight[] = "\x1b[K";
+constexpr char kClearBelow[] = "\x1b[J";
+constexpr winsize kUsualSize{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
+
+winsize SizeOf(int descriptor) {
+  winsize size{};
+  const bool known = ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0;
+  return known ? size : kUsualSize;
+}
+
+}  // namespace
+
+void Screen::Enter() {
+  if (entered_) return;
+  entered_ = true;
+  keys_ = tcgetattr(STDIN_FILENO, &former_) == 0;
+  if (keys_) {
+    termios raw = former_;
+    raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+    raw.c_cc[VMIN] = 0;
+    raw.c_cc[VTIME] = 0;
+    tcsetattr(STDIN_FILENO, TCSANOW, &raw);
+  }
+  output_.Write(kEnter);
+}
+
+void Screen::Leave() {
+  if (!entered_) return;
+  entered_ = false;
+  output_.Write(kLeave);
+  if (keys_) tcsetattr(STDIN_FILENO, TCSANOW, &former_);
+}
+
+void Screen::Show(const std::vector<std::string>& lines) const {
+  const winsize size = SizeOf(output_.Descriptor());
+  const bool cut = lines.size() > size.ws_row;
+  const size_t shown = cut ? size.ws_row - 1u : lines.size();
+  std::string frame = kHome;
+  for (size_t i = 0; i < shown; ++i) {
+    frame += Clip(lines[i], size.ws_col) + kClearRight;
+    if (i + 1 < shown || cut) frame += "\r\n";
+  }
+  if (cut) frame += Clip(fmt::format("... {} more lines", lines.size() - shown), size.ws_col) + kClearRight;
+  output_.Write(frame + kClearBelow);
+}
+
+char Screen::Key() const {
+  char key = 0;
+  return keys_ && read(STDIN_FILENO, &key, 1) == 1 ? key : '\0';
+}
+
+}  // namespace vynctl

@@ -1,0 +1,43 @@
+#include "SensorText.h"
+
+#include "Sensors.h"
+
+namespace vynctl {
+namespace {
+
+std::string Title(const std::string& quantity) {
+  for (const Quantity& row : Quantities()) {
+    if (quantity == row.name) return row.title;
+  }
+  return quantity;
+}
+
+}  // namespace
+
+std::vector<std::string> SensorLines(const std::vector<Value>& values, const Style& style, bool failures) {
+  using enum Table::Align;
+  Table table({kLeft, kRight, kLeft, kLeft});
+  for (const Value& value : values) {
+    const bool ok = value.state == State::kOk;
+    const Tone tone = ok ? Tone::kPlain : ToneOf(value);
+    table.Add({{value.name},
+               {ShownData(value), tone},
+               {ok ? ShownUnit(value, style) : "", Tone::kFaint},
+               {failures ? ShownFailure(value) : "", tone}});
+  }
+  return table.Lines(style);
+}
+
+std::string GroupedSensors(const std::vector<Value>& values, const Style& style) {
+  const std::vector<std::string> lines = SensorLines(values, style, true);
+  std::string text;
+  for (size_t i = 0; i < values.size(); ++i) {
+    if (i == 0 || values[i].quantity != values[i - 1].quantity) {
+      text += (i == 0 ? "" : "\n") + style.Paint(Tone::kHeading, Title(values[i].quantity)) + '\n';
+    }
+    text += "  " + lines[i] + '\n';
+  }
+  return text;
+}
+
+}  // namespace vynctl

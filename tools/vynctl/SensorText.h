@@ -1,0 +1,17 @@
+/// Sensor values as aligned lines.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Value.h"
+
+namespace vynctl {
+
+/// One line per value: name, number, unit and, when `failures` is set, what is wrong.
+std::vector<std::string> SensorLines(const std::vector<Value>& values, const Style& style, bool failures);
+
+/// The lines under a heading per quantity.
+std::string GroupedSensors(const std::vector<Value>& values, const Style& style);
+
+}  // namespace vynctl

@@ -1,0 +1,31 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "SensorChoice.h"
+#include "SensorText.h"
+#include "Sensors.h"
+#include "Subcommand.h"
+
+namespace vynctl {
+namespace {
+
+int Run(Context& context, const std::vector<std::string>& wanted) {
+  Document document;
+  document.values = ReadSensors(context.library);
+  if (document.values.empty() && wanted.empty()) return context.Finish(document, "This board has no sensors.\n");
+  const std::string missing = Choose(document.values, wanted);
+  if (!missing.empty()) document.refusal = Refusal{0, missing};
+  return context.Finish(document, GroupedSensors(document.values, context.style));
+}
+
+}  // namespace
+
+Action BuildSensors(CLI::App& app) {
+  const auto wanted = std::make_shared<std::vector<std::string>>();
+  app.add_option("SENSOR", *wanted, "names, identifiers or quantities (voltage, temperature, ...); without: all");
+  return [wanted](Context& context) { return Run(context, *wanted); };
+}
+
+}  // namespace vynctl
