@@ -247,6 +247,7 @@ TEST(PcieCommands, WpcieWritesTheOrdinarySpaceEvenWithABase) {
     machine.board.Log().clear();
     EXPECT_TRUE(machine.Run(c.script)) << c.script;
     EXPECT_THAT(machine.board.Log(), ElementsAreArray(c.accesses)) << c.script;
+    EXPECT_EQ(machine.interpreter.Hardware->PcieAddress, 0u) << c.script;  // no extended address was composed
   }
 }
 
