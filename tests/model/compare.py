@@ -25,6 +25,7 @@ from features import Library, Unbounded
 from machine import Machine
 
 PATIENCE = 20  # seconds that one case may take
+SHRINKING = 60  # seconds that making a case smaller may take
 
 
 class Driver:
@@ -159,7 +160,8 @@ def keep(case, folder):
 
 
 def report(case, driver, folder):
-    small = shrink.shrink(case, lambda smaller: bool(differences(smaller, driver)))
+    end = time.monotonic() + SHRINKING
+    small = shrink.shrink(case, lambda smaller: time.monotonic() < end and bool(differences(smaller, driver)))
     for line in differences(small, driver):
         print(line)
     print(f"kept as {keep(small, folder)}")
