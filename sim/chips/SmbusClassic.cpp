@@ -40,7 +40,7 @@ struct Family {
 class ClassicHost : public SmbusHost {
  public:
   ClassicHost(const SmbusSetup& setup, const Family& family) : SmbusHost(setup), family_(family) {}
-  std::vector<uint8_t> Settings() const override { return {registers_[kAux], registers_[kLock], inUse_}; }
+  std::vector<uint8_t> Settings() const override { return {registers_[kAux], registers_[kLock]}; }
 
  protected:
   uint8_t ReadRegister(Board& board, unsigned offset) override;
@@ -116,8 +116,10 @@ void ClassicHost::WriteControl(Board& board, uint8_t value) {
   registers_[kControl] = static_cast<uint8_t>(value & ~kStart);
   if (value & family_.kill) return Kill();
   if ((value & kStart) == 0 || Busy() || (status_ & kErrors) != 0) return;
-  if (!bytewise_) return Start(board);
-  if (family_.blocks == Family::kStartPerByte) NextByte(board);
+  // A start with another protocol gives up a block that is on its way.
+  const bool block = SmbusProtocol(value >> family_.protocolShift) == SmbusTransfer::kBlock;
+  if (bytewise_ && block && family_.blocks == Family::kStartPerByte) return NextByte(board);
+  if (!HeldBetweenBytes()) Start(board);
 }
 
 void ClassicHost::Kill() {
@@ -130,6 +132,7 @@ void ClassicHost::Start(Board& board) {
   const auto kind = SmbusProtocol(registers_[kControl] >> family_.protocolShift);
   transfer_ = {kind, (registers_[kAddress] & 1) != 0, registers_[kAddress], registers_[kCommand], {}, 0};
   settled_ = Now(board) + family_.settling;
+  bytewise_ = false;
   if (kind == SmbusTransfer::kBlock && !Buffered()) return StartBytewise(board);
   if (kind == SmbusTransfer::kByteData) transfer_.data = {registers_[kData0]};
   if (kind == SmbusTransfer::kWordData) transfer_.data = {registers_[kData0], registers_[kData1]};
