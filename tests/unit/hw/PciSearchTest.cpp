@@ -78,7 +78,7 @@ class PciIdentifier : public testing::TestWithParam<IdCase> {
 
 TEST_P(PciIdentifier, IsMatchedBySearch) {
   hw.board.Pci(0, 0x1F, 0).Set(0x00, 4, 0x12345678).Set(0x08, 4, 0x06070800).Set(0x0E, 1, 0x80);
-  for (unsigned function : {1, 2, 4, 5, 6, 7}) hw.board.Pci(0, 0x1F, function).Set(0x08, 4, 0x01020300);
+  for (const unsigned function : {1u, 2u, 4u, 5u, 6u, 7u}) hw.board.Pci(0, 0x1F, function).Set(0x08, 4, 0x01020300);
   EXPECT_EQ(hw.rw.FindPci(GetParam().wanted, 0, GetParam().mode), GetParam().matches ? 0x00FBu : kNotFound);
 }
 
