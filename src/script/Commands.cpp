@@ -27,6 +27,10 @@ constexpr uint32_t kPageBytes = 256;
 constexpr uint32_t kMaxBlockBytes = 1u << 20;
 constexpr const char* kTextSearch = "/S";
 
+constexpr Outcome kFailed = {Outcome::kFailed};
+constexpr Outcome kDone = {Outcome::kDone};
+constexpr Outcome Yield(uint32_t value) { return {Outcome::kValue, value}; }
+
 // --- hardware ---
 
 /// Calls a method with the operands in order, each cut to the width of its parameter.
@@ -40,36 +44,34 @@ T Call(TInterpreter& interpreter, T (Rw::*method)(Parameters...)) {
 }
 
 template <auto method>
-Outcome Read(TInterpreter& interpreter, uint32_t* value) {
-  *value = Call(interpreter, method);
-  return Outcome::kValue;
+Outcome Read(TInterpreter& interpreter) {
+  return Yield(Call(interpreter, method));
 }
 
 template <auto method>
-Outcome Write(TInterpreter& interpreter, uint32_t*) {
+Outcome Write(TInterpreter& interpreter) {
   Call(interpreter, method);
-  return Outcome::kDone;
+  return kDone;
 }
 
 /// For encoded addresses in the ordinary configuration space: the register, operand 1, is 8 bits wide.
 template <auto access>
-Outcome Narrow(TInterpreter& interpreter, uint32_t* value) {
+Outcome Narrow(TInterpreter& interpreter) {
   interpreter.Operands[1] &= 0xFF;
-  return access(interpreter, value);
+  return access(interpreter);
 }
 
 template <uint32_t (Rw::*find)(uint32_t, uint8_t)>
-Outcome Find(TInterpreter& interpreter, uint32_t* value) {
-  *value = Call(interpreter, find) & 0xFFFF;
-  return Outcome::kValue;
+Outcome Find(TInterpreter& interpreter) {
+  return Yield(Call(interpreter, find) & 0xFFFF);
 }
 
-Outcome ReadMemoryBlock(TInterpreter& interpreter, uint32_t*) {
+Outcome ReadMemoryBlock(TInterpreter& interpreter) {
   const auto& [address, length, c, d, e] = interpreter.Operands;
-  if (length > kMaxBlockBytes) return Outcome::kFailed;
+  if (length > kMaxBlockBytes) return kFailed;
   std::vector<uint8_t> bytes(length + size_t{1});
   interpreter.Hardware->MemoryReadBlock(address, bytes.data(), length);
-  return Outcome::kDone;
+  return kDone;
 }
 
 /// The argument list without its "/S" words. @return whether there was one
@@ -101,29 +103,27 @@ std::vector<uint8_t> Pattern(TInterpreter& interpreter, bool isText) {
   return bytes;
 }
 
-Outcome FindMemory(TInterpreter& interpreter, uint32_t* value) {
+Outcome FindMemory(TInterpreter& interpreter) {
   const bool isText = TakeTextFlag(interpreter);
-  if (!interpreter.GetOps(4)) return Outcome::kFailed;
+  if (!interpreter.GetOps(4)) return kFailed;
   const auto& [start, end, step, wanted, e] = interpreter.Operands;
   std::vector<uint8_t> pattern = Pattern(interpreter, isText);
   const auto length = static_cast<uint32_t>(wanted == 0 ? pattern.size() : wanted);
-  if (end <= start || length == 0 || length > pattern.size()) return Outcome::kFailed;
-  *value = static_cast<uint32_t>(
-      interpreter.Hardware->MemoryFindData(start, end - start, step, 0, pattern.data(), length, false));
-  return Outcome::kValue;
+  if (end <= start || length == 0 || length > pattern.size()) return kFailed;
+  return Yield(static_cast<uint32_t>(
+      interpreter.Hardware->MemoryFindData(start, end - start, step, 0, pattern.data(), length, false)));
 }
 
 // --- arithmetic ---
 
 template <typename Operation>
-Outcome Compute(TInterpreter& interpreter, uint32_t* value) {
-  *value = Operation{}(interpreter.Operands[0], interpreter.Operands[1]);
-  return Outcome::kValue;
+Outcome Compute(TInterpreter& interpreter) {
+  return Yield(Operation{}(interpreter.Operands[0], interpreter.Operands[1]));
 }
 
 template <typename Operation>
-Outcome Divide(TInterpreter& interpreter, uint32_t* value) {
-  return interpreter.Operands[1] == 0 ? Outcome::kFailed : Compute<Operation>(interpreter, value);
+Outcome Divide(TInterpreter& interpreter) {
+  return interpreter.Operands[1] == 0 ? kFailed : Compute<Operation>(interpreter);
 }
 
 struct ShiftRight {
@@ -137,19 +137,16 @@ struct Complement {
   uint32_t operator()(uint32_t a, uint32_t) const { return ~a; }
 };
 
-Outcome CompareWithZero(TInterpreter& interpreter, uint32_t* value) {
-  *value = interpreter.Operands[0] == 0 ? kAny : 0;
-  return Outcome::kValue;
-}
+Outcome CompareWithZero(TInterpreter& interpreter) { return Yield(interpreter.Operands[0] == 0 ? kAny : 0); }
 
 // --- the rest ---
 
-Outcome Delay(TInterpreter& interpreter, uint32_t*) {
+Outcome Delay(TInterpreter& interpreter) {
   interpreter.Delayms(static_cast<int>(interpreter.Operands[0]));
-  return Outcome::kDone;
+  return kDone;
 }
 
-Outcome Unsupported(TInterpreter&, uint32_t*) { return Outcome::kFailed; }
+Outcome Unsupported(TInterpreter&) { return kFailed; }
 
 constexpr Command kCommands[] = {
     // word, operands, limits, hardware, access

@@ -9,8 +9,12 @@ class TInterpreter;
 
 namespace script {
 
-/// What running a command came to.
-enum class Outcome : unsigned char { kFailed, kDone, kValue };
+/// What running a command came to; `value` is of interest with kValue only.
+struct Outcome {
+  enum Kind : uint32_t { kFailed, kDone, kValue };
+  Kind kind;
+  uint32_t value = 0;
+};
 
 /// Largest value of each operand.
 using Limits = uint32_t[5];
@@ -22,14 +26,13 @@ struct Extras {
   bool takesWords = false;  ///< `run` takes its words from the interpreter's argument list
 };
 
-/// One word of the language. `run` finds the evaluated operands in the interpreter and stores a value in `*value` when
-/// the outcome is kValue.
+/// One word of the language. `run` finds the evaluated operands in the interpreter.
 struct Command {
   std::string_view word;
   uint8_t operands;  ///< numeric operands, all of which must be there; further words are ignored
   const Limits& limits;
   bool needsHardware;
-  Outcome (*run)(TInterpreter& interpreter, uint32_t* value);
+  Outcome (*run)(TInterpreter& interpreter);
   Extras extras = {};
 };
 

@@ -78,8 +78,9 @@ bool TInterpreter::RunRounds(const script::Program& program, const script::Block
 }
 
 bool TInterpreter::RunStatements(const script::Program& program, const script::Block& block, unsigned int* result) {
-  for (size_t i = block.first; i < block.end; ++i) {
-    if (!Run(program.statements[i], result)) return false;
+  const script::Statement* const end = program.statements.data() + block.end;
+  for (const script::Statement* at = program.statements.data() + block.first; at != end; ++at) {
+    if (!Run(*at, result)) return false;
     if (BreaksAt(*result)) return true;
   }
   return true;
@@ -95,15 +96,17 @@ bool TInterpreter::Run(const script::Statement& statement, unsigned int* result)
   BreakIfZero = statement.breakIfZero;
   BreakIfNonzero = statement.breakIfNonzero;
   Target = statement.target;
+  if (statement.kind == Kind::kCommand) return RunCommand(statement, result);
   switch (statement.kind) {
-    case Kind::kCommand:
-      return RunCommand(statement, result);
+    case Kind::kWords:
+      return RunWords(statement, result);
     case Kind::kCopy:
       return Report(Value(statement.operands[0]), result);
     case Kind::kReport:
       return Report(Locals[Target], result);
     case Kind::kNothing:
       return true;
+    case Kind::kCommand:  // above, before the switch: the usual kind
     case Kind::kFails:
       break;
   }
@@ -117,16 +120,14 @@ bool TInterpreter::RunCommand(const script::Statement& statement, unsigned int* 
     if (!CheckOpValue(Operands[i], command.limits[i])) return false;
   }
   if (command.needsHardware && !Hardware) return false;
-  unsigned int value = 0;
-  script::Outcome outcome;
-  if (command.extras.takesWords) {
-    const ArgumentScope words(*this, statement.words);
-    outcome = command.run(*this, &value);
-  } else {
-    outcome = command.run(*this, &value);
-  }
-  if (outcome == script::Outcome::kValue) return Report(value, result);
-  return outcome == script::Outcome::kDone;
+  const script::Outcome outcome = command.run(*this);
+  if (outcome.kind == script::Outcome::kValue) return Report(outcome.value, result);
+  return outcome.kind == script::Outcome::kDone;
+}
+
+bool TInterpreter::RunWords(const script::Statement& statement, unsigned int* result) {
+  const ArgumentScope words(*this, statement.words);
+  return RunCommand(statement, result);
 }
 
 /// Stores a value where the statement puts it, and as the result.

@@ -109,10 +109,6 @@ bool TInterpreter::GetLocalVarNum(VynString text, int* slot) {
   return true;
 }
 
-unsigned int TInterpreter::Value(const script::Operand& operand) const {
-  return operand.isLocal ? Locals[operand.number] : operand.number;
-}
-
 bool TInterpreter::CmdToOp(VynString word, unsigned int* value) {
   script::Operand operand;
   if (!word.Buffer() || !script::ParseOperand(word.c_str(), &operand)) return false;
@@ -166,8 +162,6 @@ bool TInterpreter::GetStrOp(int index, int operand) {
 }
 
 bool TInterpreter::CheckOps(VynString word) { return Arguments && Arguments->IndexOf(word) >= 0; }
-
-bool TInterpreter::CheckOpValue(unsigned int value, unsigned int limit) { return value <= limit; }
 
 VynString TInterpreter::Return8Bits(unsigned char value) { return Bits(value).c_str(); }
 VynString TInterpreter::Return16Bits(unsigned short value) { return Bits(value).c_str(); }

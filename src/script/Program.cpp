@@ -30,7 +30,7 @@ void ParseCommand(std::string_view text, Statement* statement) {
       return;
   }
   statement->operandCount = static_cast<unsigned char>(most);
-  statement->kind = Statement::Kind::kCommand;
+  statement->kind = command->extras.takesWords ? Statement::Kind::kWords : Statement::Kind::kCommand;
 }
 
 /// 'LOCALx', 'LOCALx=operand' or 'LOCALx=command'.

@@ -28,6 +28,7 @@ struct Statement {
     kReport,   ///< the target's value as the result
     kNothing,  ///< succeeds
     kCommand,
+    kWords,  ///< a command that takes text
   };
   Kind kind = Kind::kFails;
   unsigned char breakIfZero = 0;
@@ -69,3 +70,7 @@ std::string_view Trimmed(std::string_view text);
 std::string_view CutBefore(std::string_view* text, char separator);
 
 }  // namespace script
+
+inline unsigned int TInterpreter::Value(const script::Operand& operand) const {
+  return operand.isLocal ? Locals[operand.number] : operand.number;
+}

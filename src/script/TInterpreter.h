@@ -77,7 +77,7 @@ class TInterpreter {
   /// Whether `Arguments` holds exactly this word.
   bool CheckOps(VynString word);
   /// value <= limit
-  bool CheckOpValue(unsigned int value, unsigned int limit);
+  bool CheckOpValue(unsigned int value, unsigned int limit) { return value <= limit; }
   /// Whether operands 0..3 are a bus, device, function and register of PCI: at most 255, 31, 7, 255.
   bool CheckPciCmd();
 
@@ -100,6 +100,7 @@ class TInterpreter {
   bool RunStatements(const script::Program& program, const script::Block& block, unsigned int* result);
   bool Run(const script::Statement& statement, unsigned int* result);
   bool RunCommand(const script::Statement& statement, unsigned int* result);
+  bool RunWords(const script::Statement& statement, unsigned int* result);
   bool Report(unsigned int value, unsigned int* result);
   bool BreaksAt(unsigned int result) const;
 };
