@@ -37,8 +37,7 @@ def machine_tables(directory, scratch):
     """The files that `vyntable compile` wrote, in the forms QEMU takes."""
     if directory is None:
         return {}
-    files = {name: next(directory.glob(pattern)) for name, pattern in
-             (("IADT", "[Ii][Aa][Dd][Tt]*"), ("IAMT", "[Ii][Aa][Mm][Tt]*"), ("SMBIOS", "[Bb][Ii][Oo][Ss]*"))}
+    files = {"IADT": directory / "iadt.bin", "IAMT": directory / "iamt.bin", "SMBIOS": directory / "biosinfo.bin"}
     files["SMBIOS"] = smbios_structure(files["SMBIOS"].read_bytes(), scratch / "smbios")
     return files
 
