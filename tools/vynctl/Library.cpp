@@ -15,6 +15,8 @@ namespace {
 
 constexpr char kRealLibrary[] = "libvynlib.so.1";
 constexpr char kSimulatedLibrary[] = "libvynlib-sim.so.1";
+// Only root may open it, so nobody else can hold up the tool.
+constexpr char kHardwareFile[] = "/dev/mem";
 constexpr char kBoardVariable[] = "VYNLIB_BOARD";
 constexpr char kLiveVariable[] = "VYNLIB_LIVE";
 constexpr char kModelPrefix[] = "ModelName::";
@@ -37,7 +39,9 @@ void* Load(const char* fileName) {
 }  // namespace
 
 Library::Library(const LoadOptions& options, OutputDivert& output)
-    : fileName_(options.board.empty() ? kRealLibrary : kSimulatedLibrary) {
+    : fileName_(options.board.empty() ? kRealLibrary : kSimulatedLibrary),
+      lock_(options.board.empty() ? kHardwareFile : "") {
+  lock_.Take();
   PrepareEnvironment(options);
   handle_ = Load(fileName_);
   Bind();

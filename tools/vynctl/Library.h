@@ -1,4 +1,5 @@
 /// The VynLib library, loaded at run time: the real one or the simulated one, initialised for as long as this exists.
+/// Runs of the tool on the real one take turns.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "HardwareLock.h"
 #include "OutputDivert.h"
 #include "vynlib/vynlib.h"
 
@@ -76,12 +78,25 @@ class Library {
   const std::vector<std::string>& Messages() const { return messages_; }
   const char* FileName() const { return fileName_; }
 
+  /// While one exists, other runs of the tool may use the hardware; this one must not.
+  class Idle {
+   public:
+    explicit Idle(const Library& library) : lock_(library.lock_) { lock_.Give(); }
+    ~Idle() { lock_.Take(); }
+    Idle(const Idle&) = delete;
+    Idle& operator=(const Idle&) = delete;
+
+   private:
+    const HardwareLock& lock_;
+  };
+
  private:
   void* Symbol(const char* name) const;
   void Bind();
   void TakeMessages(const std::string& printed);
 
   const char* fileName_;
+  HardwareLock lock_;
   void* handle_;
   Api api_{};
   std::string model_;

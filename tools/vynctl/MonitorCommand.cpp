@@ -29,6 +29,7 @@ struct Extremes {
 };
 
 constexpr double kMillisecondsPerSecond = 1000;
+constexpr int kNoKeys = -1;
 
 double Number(const Value& value) {
   const int64_t* whole = std::get_if<int64_t>(&value.data);
@@ -96,27 +97,42 @@ int MillisecondsUntil(Clock::time_point then) {
   return static_cast<int>(std::max<int64_t>(left + 1, 0));
 }
 
+Signals::Event WaitIdly(const Context& context, const Signals& signals, Clock::time_point next, int keys) {
+  const Library::Idle idle(context.library);
+  return signals.Wait(MillisecondsUntil(next), keys);
+}
+
+void Suspend(const Context& context, Screen& screen) {
+  const Library::Idle idle(context.library);
+  screen.Leave();
+  raise(SIGSTOP);
+  screen.Enter();
+}
+
+/// Does what the key says. False when it ends the display.
+bool Obey(char key, View& view) {
+  // No key although the source is ready: the terminal is gone.
+  if (key == 'q' || key == 'Q' || key == '\0') return false;
+  if (key != 'r') return true;
+  view.ForgetExtremes();
+  view.Refresh();
+  return true;
+}
+
 /// Waits for the next view, answering keys and the window meanwhile. False when the user ends it.
-bool WaitOnScreen(Screen& screen, View& view, const Signals& signals, Clock::time_point next) {
+bool WaitOnScreen(const Context& context, Screen& screen, View& view, const Signals& signals, Clock::time_point next) {
   while (Clock::now() < next) {
-    switch (signals.Wait(MillisecondsUntil(next), screen.KeySource())) {
+    switch (WaitIdly(context, signals, next, screen.KeySource())) {
       case Signals::Event::kStop:
         return false;
       case Signals::Event::kTimeout:
         continue;
       case Signals::Event::kSuspend:
-        screen.Leave();
-        raise(SIGSTOP);
-        screen.Enter();
+        Suspend(context, screen);
         break;
-      case Signals::Event::kKey: {
-        const char key = screen.Key();
-        // No key although the source is ready: the terminal is gone.
-        if (key == 'q' || key == 'Q' || key == '\0') return false;
-        if (key == 'r') view.ForgetExtremes();
-        if (key == 'r') view.Refresh();
+      case Signals::Event::kKey:
+        if (!Obey(screen.Key(), view)) return false;
         break;
-      }
       case Signals::Event::kResize:
       case Signals::Event::kContinue:
         break;
@@ -143,7 +159,7 @@ int RunOnScreen(Context& context, const Arguments& arguments) {
     screen.Show(view.Lines());
     if (shown == arguments.count) return kDone;
     next = std::max(next + Period(arguments), Clock::now());
-    if (!WaitOnScreen(screen, view, signals, next)) return kDone;
+    if (!WaitOnScreen(context, screen, view, signals, next)) return kDone;
   }
 }
 
@@ -160,7 +176,7 @@ int RunAsStream(Context& context, const Arguments& arguments) {
     if (shown == arguments.count) return kDone;
     next = std::max(next + Period(arguments), Clock::now());
     while (Clock::now() < next) {
-      if (signals.Wait(MillisecondsUntil(next)) == Signals::Event::kStop) return kDone;
+      if (WaitIdly(context, signals, next, kNoKeys) == Signals::Event::kStop) return kDone;
     }
   }
 }

@@ -17,6 +17,7 @@ struct Arguments {
   std::string interval;
   std::string mode = "0";
   double every = 0;  ///< seconds between two feedings; 0 feeds once
+  bool thenStop = false;
 };
 
 constexpr int kMillisecondsPerSecond = 1000;
@@ -80,12 +81,13 @@ uint8_t FeedInterval(const Context& context, const Arguments& arguments) {
   return static_cast<uint8_t>(*number);
 }
 
-/// Feeds until a signal ends it; the watchdog goes on counting then.
+/// Feeds until a signal ends it.
 uint64_t FeedRegularly(const Context& context, uint8_t interval, double every) {
   const Signals signals;
   const int wait = static_cast<int>(every * kMillisecondsPerSecond);
   for (;;) {
     if (context.library.Functions().WDTSetInterval(interval, VYNLIB_PERFORM) == 0) return context.library.LastError();
+    const Library::Idle idle(context.library);
     if (signals.Wait(wait) == Signals::Event::kStop) return VYNLIB_OK;
   }
 }
@@ -100,6 +102,7 @@ int Feed(Context& context, const Arguments& arguments) {
     code = context.library.LastError();
   }
   if (code != VYNLIB_OK) return context.Finish(Document::Refused(code), "");
+  if (arguments.thenStop) return Stop(context);
   return FinishWith(context, "Watchdog fed.\n", VYNLIB_OK);
 }
 
@@ -131,8 +134,10 @@ Action BuildWatchdog(CLI::App& app) {
   CLI::App* feed = add("feed", "write the interval again, so that counting begins anew");
   feed->add_option("SECONDS", arguments->interval,
                    "the interval; without it the one the board reports (give it where the board counts down in place)");
-  feed->add_option("--every", arguments->every, "go on feeding every so many seconds until a signal ends it")
-      ->check(CLI::Range(0.01, 86400.0));
+  CLI::Option* every =
+      feed->add_option("--every", arguments->every, "go on feeding every so many seconds until a signal ends it");
+  every->check(CLI::Range(0.01, 86400.0));
+  feed->add_flag("--then-stop", arguments->thenStop, "and stop the watchdog then")->needs(every);
   add("stop", "stop counting and deactivate the watchdog");
   app.require_subcommand(1);
   return [arguments](Context& context) { return Run(context, *arguments); };

@@ -33,7 +33,8 @@ constexpr Subcommand kSubcommands[] = {
     {"get", "read one feature state", "vynctl get wifi\nvynctl get com-type\nvynctl get com-type 2", BuildGet},
     {"set", "change one feature state", "vynctl set wifi 1\nvynctl set com-type 2 0x03", BuildSet},
     {"watchdog", "show, start, feed or stop the watchdog",
-     "vynctl watchdog status\nvynctl watchdog start 60\nvynctl watchdog feed 60 --every 20\nvynctl watchdog stop",
+     "vynctl watchdog status\nvynctl watchdog start 60\nvynctl watchdog feed 60 --every 20 --then-stop\nvynctl "
+     "watchdog stop",
      BuildWatchdog},
     {"fans", "the fans that can be controlled, their modes and settings", "vynctl fans", BuildFans},
     {"fan", "show one fan or set its mode", "vynctl fan 'CPU Fan'\nvynctl fan 'CPU Fan' set 2 40 80", BuildFan},

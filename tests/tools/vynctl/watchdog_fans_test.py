@@ -44,6 +44,16 @@ class Watchdog(tool.Case):
         self.assertIn("Watchdog fed.\n", feeding.communicate(timeout=10)[0])
         self.assertEqual(0, feeding.returncode)
 
+    def test_feed_can_stop_the_watchdog_at_its_end(self):
+        feeding = subprocess.Popen([tool.VYNCTL, "-s", str(tool.HERE / "board.toml"), "watchdog", "feed", "30",
+                                    "--every", "3600", "--then-stop", "--json"], stdout=subprocess.PIPE, text=True,
+                                   env=tool.environment())
+        with self.assertRaises(subprocess.TimeoutExpired):
+            feeding.wait(timeout=0.3)
+        feeding.terminate()
+        values = self.validated(feeding.communicate(timeout=10)[0])["values"]
+        self.assertEqual((0, 0), (feeding.returncode, values[0]["value"]))
+
     def test_stop_clears_the_interval(self):
         self.assertEqual("Watchdog stopped.\nInterval    0\nCount mode  0\n", self.says("watchdog", "stop"))
 
