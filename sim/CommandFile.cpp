@@ -1,5 +1,6 @@
 #include "sim/CommandFile.h"
 
+#include <algorithm>
 #include <charconv>
 #include <sstream>
 
@@ -10,6 +11,8 @@ namespace {
 
 constexpr uint64_t kByte = 0xFF, kWord = 0xFFFF, kDword = 0xFFFFFFFF;
 constexpr size_t kTextLimit = 64;
+/// More commands than this in one list are a mistake in the file.
+constexpr size_t kListBytes = size_t{1} << 16;
 
 uint8_t Byte8(TomlSection* section, std::string_view key) { return static_cast<uint8_t>(section->Need(key, kByte)); }
 uint16_t Word16(TomlSection* section, std::string_view key) { return static_cast<uint16_t>(section->Need(key, kWord)); }
@@ -106,11 +109,13 @@ Command ReadCommand(TomlSection* section) {
   throw BoardFileError(section->Line(), "a command needs memory, port, index_port, smbus, pci, msr, delay, use or raw");
 }
 
-void InsertSequence(TomlSection* section, const Sequences& sequences, std::vector<Command>* commands) {
+/// The commands that one element of a list stands for.
+std::vector<Command> ReadElement(TomlSection* section, const Sequences& sequences) {
+  if (!section->Has("use")) return {ReadCommand(section)};
   const auto found = sequences.find(section->NeedText("use", kTextLimit));
   if (found == sequences.end()) section->Fail("use", "the name of one of the [sequences]");
   section->Finish();
-  commands->insert(commands->end(), found->second.begin(), found->second.end());
+  return found->second;
 }
 
 }  // namespace
@@ -132,11 +137,13 @@ PciPlace ReadPciPlace(TomlSection* section, std::string_view key) {
 
 std::vector<Command> ReadCommands(TomlSection* section, std::string_view key, const Sequences& sequences) {
   std::vector<Command> commands;
+  size_t size = 0;
   for (TomlSection& each : section->List(key)) {
-    if (each.Has("use"))
-      InsertSequence(&each, sequences, &commands);
-    else
-      commands.push_back(ReadCommand(&each));
+    for (Command& command : ReadElement(&each, sequences)) {
+      size += std::max<size_t>(1, command.Build().size());
+      if (size > kListBytes) throw BoardFileError(each.Line(), "the commands of one list must fit into 64 KiB");
+      commands.push_back(std::move(command));
+    }
   }
   return commands;
 }

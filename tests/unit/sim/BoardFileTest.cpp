@@ -271,6 +271,14 @@ TEST(BoardError, StopsKeysThatWouldNestTooDeep) {
   EXPECT_EQ(ParseBoard(text + " = 1\n", "b.toml").error, "b.toml:1: expected at most 24 dots in one line");
 }
 
+TEST(BoardError, StopsSequencesThatWouldGrowWithoutEnd) {
+  std::string text = "[sequences]\nx = [";
+  for (int i = 0; i < 2000; ++i) text += "{ port = 1 },";
+  text += "]\n[[feature]]\nfunction = \"BTState\"\ncommands = [";
+  for (int i = 0; i < 2000; ++i) text += "{ use = \"x\" },";
+  EXPECT_EQ(ParseBoard(text + "]\n", "b.toml").error, "b.toml:5: the commands of one list must fit into 64 KiB");
+}
+
 TEST(BoardError, TellsOfAMissingFile) {
   EXPECT_EQ(sim::LoadBoard("/nonexistent/b.toml").error,
             "/nonexistent/b.toml:1: expected a readable board file: No such file or directory");
