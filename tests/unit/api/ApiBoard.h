@@ -1,0 +1,86 @@
+/// A simulated board with firmware tables, and the library started on it.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "api/Library.h"
+#include "sim/SimBoard.h"
+#include "sim/TableImage.h"
+#include "vynlib/vynlib.h"
+
+namespace apitest {
+
+using sim::Bytes;
+using sim::Command;
+using sim::Record;
+
+/// Small numbers to go through: for (const uint8_t selector : Numbers{1, 2}).
+using Numbers = std::initializer_list<uint8_t>;
+
+class Api : public testing::Test {
+ protected:
+  sim::Board board;
+  sim::IadtBuilder iadt;
+  sim::IamtBuilder iamt;
+  std::string printed;  ///< by the start
+
+  Api() { sim::Board::MakeCurrent(&board); }
+  ~Api() override { Stop(); }
+
+  /// Puts the tables built so far into memory and initialises the library; the log is empty afterwards.
+  void Start() {
+    sim::AcpiImage().Table(iadt.Build()).Table(iamt.Build()).PutInto(&board);
+    StartWithoutTables();
+  }
+  void StartWithoutTables() {
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(VynLibDllInit(), 1);
+    printed = testing::internal::GetCapturedStdout();
+    board.Log().clear();
+  }
+  /// As if the library had been loaded afresh.
+  void Stop() {
+    VynLibDllUnInit();
+    api::InitOk = 0;
+    api::LastErrorCode = 0;
+    sim::Board::MakeCurrent(nullptr);
+  }
+  /// Stops and forgets the tables, for a test that starts more than once.
+  void StartOver() {
+    Stop();
+    sim::Board::MakeCurrent(&board);
+    iadt = {};
+    iamt = {};
+  }
+};
+
+/// The code of the last call, cleared from the way of the next one.
+inline uint64_t TakeCode() {
+  const uint64_t code = VynLibDllGetLastError();
+  api::LastErrorCode = 0xBADC0DE;
+  return code;
+}
+
+/// What the code is before a call whose code is to be seen.
+constexpr uint64_t kNoCode = 0xBADC0DE;
+
+// ---- commands on plain ports ----
+
+/// Succeeds in reading when the port holds `value`; does nothing in setting.
+inline Command PortIs(uint16_t port, uint8_t value) { return Command::Port(port).Get(0xFF, value); }
+/// Writes `value` in setting (after a read); does nothing in reading.
+inline Command PortPut(uint16_t port, uint8_t value) { return Command::Port(port).Set(0, value); }
+/// Fails in setting unless the port holds `value`; does nothing in reading.
+inline Command PortMustBe(uint16_t port, uint8_t value) {
+  return Command::Port(port).Control(kSetReads).Expected(value);
+}
+/// A kind that cannot be stepped over, flagged for nothing.
+inline Command UnknownKind() { return Command::Raw({0x19, 0x00, 0x00, 0, 0, 0, 0, 0}); }
+
+}  // namespace apitest

@@ -1,0 +1,158 @@
+#include "api/EntryWalk.h"
+
+#include "tests/unit/api/ApiBoard.h"
+
+using namespace apitest;
+using api::CommandCursor;
+using api::Ran;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+/// The first entry of one list on a board that is started.
+class EntryWalk : public Api {
+ protected:
+  IadtEntry StartWith(const std::vector<Command>& commands) {
+    iadt.Feature("LVDSState", 1, commands);
+    Start();
+    return *api::Entries(13).begin();
+  }
+  Ran Run(const IadtEntry& entry) {
+    unsigned long long accumulator = 0;
+    return api::RunEntry(entry, api::kGet, {&accumulator, 1});
+  }
+};
+
+class Advance : public EntryWalk {};
+class Fits : public EntryWalk {};
+class RunEntry : public EntryWalk {};
+class RunSensorCommand : public EntryWalk {};
+
+}  // namespace
+
+TEST_F(Advance, MovesByTheLengthOfTheKindAndForm) {
+  struct Case {
+    uint8_t opcode;
+    int length;
+  };
+  for (const Case& each :
+       {Case{0x01, 28}, Case{0x05, 28}, Case{0x06, 36}, Case{0x0D, 21}, Case{0x11, 29}, Case{0x14, 15}, Case{0x15, 15},
+        Case{0x16, 15}, Case{0x17, 15}, Case{0xC1, 28}, Case{0x46, 36}}) {
+    const IadtEntry entry = StartWith({Command::Raw(Bytes(40, 0)).Byte(0, each.opcode)});
+    CommandCursor cursor(entry);
+    const unsigned char* before = *cursor.Command();
+    EXPECT_TRUE(cursor.Fits());
+    EXPECT_EQ(cursor.Advance(), CommandCursor::Step::kMoved);
+    EXPECT_EQ(*cursor.Command() - before, each.length) << int{each.opcode};
+    StartOver();
+  }
+}
+
+TEST_F(Advance, StaysAtAFormThatTheKindDoesNotHave) {
+  const IadtEntry entry = StartWith({Command::Raw(Bytes(40, 0))});
+  for (const int opcode : {0x00, 0x02, 0x03, 0x04, 0x07, 0x0C, 0x0E, 0x0F, 0x10, 0x12, 0x13, 0xC2}) {
+    CommandCursor cursor(entry);
+    unsigned char* before = *cursor.Command();
+    *before = static_cast<unsigned char>(opcode);
+    EXPECT_TRUE(cursor.Fits());
+    EXPECT_EQ(cursor.Advance(), CommandCursor::Step::kStays) << opcode;
+    EXPECT_EQ(*cursor.Command(), before);
+  }
+}
+
+TEST_F(Advance, IsImpossibleForAnMsrOfAnyFormAndForUnknownKinds) {
+  const IadtEntry entry = StartWith({Command::Raw(Bytes(40, 0))});
+  std::vector<int> opcodes = {0x08, 0x09, 0x0A, 0x0B, 0x49};
+  for (int opcode = 0x18; opcode <= 0x3F; ++opcode) opcodes.push_back(opcode);
+  for (const int opcode : opcodes) {
+    CommandCursor cursor(entry);
+    **cursor.Command() = static_cast<unsigned char>(opcode);
+    EXPECT_TRUE(cursor.Fits());
+    EXPECT_EQ(cursor.Advance(), CommandCursor::Step::kImpossible) << opcode;
+  }
+}
+
+TEST_F(Fits, WhenAllBytesOfTheCommandBelongToTheEntry) {
+  struct Case {
+    uint8_t opcode;
+    size_t bytes;
+  };
+  for (const Case& each : {Case{0x01, 28}, Case{0x05, 28}, Case{0x06, 36}, Case{0x09, 35}, Case{0x0D, 21},
+                           Case{0x11, 29}, Case{0x14, 15}, Case{0x19, 3}, Case{0x02, 3}}) {
+    for (const bool whole : {false, true}) {
+      const size_t bytes = whole ? each.bytes : each.bytes - 1;
+      const IadtEntry entry = StartWith({Command::Raw(Bytes(bytes, 0)).Byte(0, each.opcode)});
+      EXPECT_EQ(CommandCursor(entry).Fits(), whole) << int{each.opcode};
+      StartOver();
+    }
+  }
+}
+
+TEST_F(RunEntry, IsDoneWithoutCommands) { EXPECT_EQ(Run(StartWith({})), Ran::kDone); }
+
+TEST_F(RunEntry, IsDoneWhenEveryCommandSucceeds) {
+  board.Ports(0x300, {1, 2});
+  EXPECT_EQ(Run(StartWith({PortIs(0x300, 1), PortIs(0x301, 2)})), Ran::kDone);
+}
+
+TEST_F(RunEntry, FailsAtTheFirstCommandThatDoes) {
+  board.Ports(0x300, {1, 2});
+  EXPECT_EQ(Run(StartWith({PortIs(0x300, 9), PortIs(0x301, 2)})), Ran::kFailed);
+  EXPECT_EQ(board.PortLog().size(), 1u);
+}
+
+TEST_F(RunEntry, EndsAtAKindThatCannotBeSteppedOver) {
+  board.Ports(0x300, {1});
+  EXPECT_EQ(Run(StartWith({PortIs(0x300, 1), UnknownKind(), PortIs(0x300, 1)})), Ran::kUnknownKind);
+  EXPECT_EQ(board.PortLog().size(), 1u);
+}
+
+TEST_F(RunEntry, EndsAtTrailingBytesThatAreNoWholeCommand) {
+  board.Ports(0x300, {1});
+  EXPECT_EQ(Run(StartWith({PortIs(0x300, 1), Command::Raw({0x05})})), Ran::kUnknownKind);
+}
+
+TEST_F(RunEntry, RunsTheCommandsOnTheLibrarysOwnCopy) {
+  board.IndexData(0x2E, 0x2F);
+  const IadtEntry entry =
+      StartWith({Command::IndexData(0x2E, 0x2F, 0x10).Control(kGetWrites | kArgumentMode).ArgumentIndex(0)});
+  unsigned long long accumulator = 0x44;
+  EXPECT_EQ(api::RunEntry(entry, api::kGet, {&accumulator, 1}), Ran::kDone);
+  EXPECT_EQ(entry.Body()[19], 0x44);
+}
+
+// ---- commands of sensor records ----
+
+TEST_F(RunSensorCommand, ReadsIntoTheValueWhateverTheOutcome) {
+  board.Ports(0x300, {0x5A});
+  iadt.Add(Record::Sensor("voltage", 2).Commands({PortIs(0x300, 1)}));
+  Start();
+  unsigned long long value = 0;
+  api::RunSensorCommand(*api::Entries(3).begin(), 29, &value);
+  EXPECT_EQ(value, 0x5Au);
+}
+
+TEST_F(RunSensorCommand, TakesBytesThatWereNotKeptFor0) {
+  // A current sensor keeps 21 command bytes. The AND, the OR mask and the expected value of a pair end at byte 26; its
+  // control word asks for a reading with the OR mask, of which the high half was not kept.
+  board.IndexData(0x2E, 0x2F);
+  const Bytes command = Command::IndexData(0x2E, 0x2F, 0x10).Control(kGetReads | kGetOr).Or(0x44332211).Build();
+  Record record = Record::Type(31).Value(1).Append(command);
+  iadt.Add(record);
+  Start();
+  unsigned long long value = 0;
+  api::RunSensorCommand(*api::Entries(12).begin(), 27, &value);
+  EXPECT_EQ(value, 0x2211u);
+}
+
+TEST_F(RunSensorCommand, KeepsAWriteIntoTheMasksOfACutCommand) {
+  board.IndexData(0x2E, 0x2F);
+  Command command = Command::IndexData(0x2E, 0x2F, 0x10).Control(kGetWrites | kArgumentMode).ArgumentIndex(0);
+  iadt.Add(Record::Type(31).Value(1).Append(command.Build()));
+  Start();
+  const IadtEntry entry = *api::Entries(12).begin();
+  unsigned long long value = 0x77;
+  api::RunSensorCommand(entry, 27, &value);
+  EXPECT_EQ(entry.Record()[27 + 19], 0x77);
+}
