@@ -55,7 +55,7 @@ TEST_F(TSMBusBlockRead, ShakesHandsAfterEachWindowInMode8) {
   board.SetPort(kWaitPort, 0x10);
   unsigned char bytes[32];
   int count = 0;
-  const std::pair<uint8_t, int> cases[] = {{1, 0}, {8, 0}, {9, 1}, {16, 1}, {17, 2}, {32, 3}};
+  const std::pair<uint8_t, size_t> cases[] = {{1, 0}, {8, 0}, {9, 1}, {16, 1}, {17, 2}, {32, 3}};
   for (const auto& [length, handshakes] : cases) {
     board.SetPort(kCountPort, length);
     Bus();

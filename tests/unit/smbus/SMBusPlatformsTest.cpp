@@ -357,7 +357,7 @@ TEST_P(SMBusTransfers, UseScriptsThatAllRun) {
                                  &TSMBusCfg::BlockWritePrefix,   &TSMBusCfg::WordWriteLowPrefix,
                                  &TSMBusCfg::WordWriteHighPrefix};
   Attach({{"enabled", 1}});
-  const TSMBusCfg& record = Bus().Record;
+  const TSMBusCfg& record = Bus();
   TInterpreter interpreter;
   board.logging = false;
   const auto runs = [&](const VynString& text) { EXPECT_TRUE(interpreter.Interpret(text)) << text.c_str(); };

@@ -25,7 +25,7 @@ class TSMBusDetection : public SMBusBoard {
 
 TEST_F(TSMBusDetection, FindsNothingOnAMachineWithoutAController) {
   EXPECT_EQ(TSMBus::GetInstance()->GetSMBusConfig(), nullptr);
-  EXPECT_TRUE(TSMBus::GetInstance()->Record.Name.IsEmpty());
+  EXPECT_TRUE(TSMBus::GetInstance()->Name.IsEmpty());
   EXPECT_EQ(TSMBus::GetInstance()->GetClockGenAddress(), 0);
   EXPECT_EQ(TSMBus::GetInstance()->Value, -1);
 }
@@ -41,9 +41,9 @@ TEST_F(TSMBusDetection, PointsIntoTheRegistryAndCopiesTheFields) {
   AddRecord("z", "Local0=0");
   TSMBus& bus = *TSMBus::GetInstance();
   EXPECT_EQ(bus.GetSMBusConfig(), &TSMBusConfig::GetInstance()->GetConfigs().at("z"));
-  EXPECT_STREQ(bus.Record.Name.c_str(), "z");
-  EXPECT_STREQ(bus.Record.DetectScript.c_str(), "Local0=0");
-  EXPECT_EQ(bus.Record.BlockMode, 7);
+  EXPECT_STREQ(bus.Name.c_str(), "z");
+  EXPECT_STREQ(bus.DetectScript.c_str(), "Local0=0");
+  EXPECT_EQ(bus.BlockMode, 7);
   EXPECT_EQ(bus.GetClockGenAddress(), 0xD4);
 }
 
@@ -85,7 +85,7 @@ TEST_F(TSMBusDetection, IsRepeatable) {
   board.SetPort(0x70, 1);
   bus.DetectSMBus();
   EXPECT_EQ(bus.GetSMBusConfig(), nullptr);
-  EXPECT_TRUE(bus.Record.Name.IsEmpty());
+  EXPECT_TRUE(bus.Name.IsEmpty());
 }
 
 TEST_F(TSMBusDetection, FreeInstanceForgetsAndMayBeRepeated) {
