@@ -14,7 +14,8 @@ if(VYNLIB_SANITIZE)
   target_link_options(vynlib_flags INTERFACE -fsanitize=address,undefined)
 else()
   # Fortify needs optimisation, and the address sanitizer does its checks better.
-  target_compile_options(vynlib_flags INTERFACE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+  target_compile_options(vynlib_flags INTERFACE
+    $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:$<TARGET_PROPERTY:VYN_TEST_PROGRAM>>>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 endif()
 if(VYNLIB_COVERAGE)
   target_compile_options(vynlib_flags INTERFACE --coverage -O0 -fno-inline)
@@ -24,12 +25,31 @@ if(VYNLIB_FUZZ)
   target_compile_options(vynlib_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# vyn_quick_build(TARGET): compiles a test program without optimisation, with the headers of the test framework read once
+# for all of them. What is tested keeps its own flags.
+function(vyn_quick_build target)
+  set_target_properties(${target} PROPERTIES VYN_TEST_PROGRAM ON)
+  target_compile_options(${target} PRIVATE -O0 -g1)
+  target_precompile_headers(${target} REUSE_FROM vyn_test_headers)
+endfunction()
+
+# The program that compiles those headers.
+function(vyn_test_headers)
+  file(WRITE ${CMAKE_BINARY_DIR}/test-headers.cpp "int main() {}\n")
+  add_executable(vyn_test_headers ${CMAKE_BINARY_DIR}/test-headers.cpp)
+  set_target_properties(vyn_test_headers PROPERTIES VYN_TEST_PROGRAM ON)
+  target_compile_options(vyn_test_headers PRIVATE -O0 -g1)
+  target_link_libraries(vyn_test_headers PRIVATE vynlib_flags GTest::gmock)
+  target_precompile_headers(vyn_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+endfunction()
+
 # vyn_test(NAME SOURCES... [LIBS libraries...]): one GoogleTest program, each of its tests known to ctest.
 function(vyn_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} vynlib_flags GTest::gmock GTest::gtest_main)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+  vyn_quick_build(${name})
   gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
 endfunction()
 
