@@ -76,16 +76,14 @@ void LookUp(uint16_t identifier, uint8_t* io) {
   if (GetWhichIOUse(identifier, io) != 0) SetNumberCode(*io);
 }
 
-bool IsWatchdogOf(const IadtEntry& entry, const char* name) {
-  return std::strncmp(entry.Name(), name, iadt::kNameBytes) == 0;
-}
+bool IsWatchdogOf(IadtEntry entry, const char* name) { return std::strncmp(entry.Name(), name, iadt::kNameBytes) == 0; }
 
-bool IsFanOf(const IadtEntry& entry, const char* name) {
+bool IsFanOf(IadtEntry entry, const char* name) {
   return IsSubStrInStr({entry.Name(), strnlen(entry.Name(), iadt::kNameBytes)}, name) != 0;
 }
 
 std::optional<IadtEntry> FindIdEntry(unsigned list, const char* name,
-                                     bool (*matches)(const IadtEntry& entry, const char* name)) {
+                                     bool (*matches)(IadtEntry entry, const char* name)) {
   if (Has(list))
     for (const IadtEntry entry : Entries(list))
       if (matches(entry, name) && entry.Value() == kIdValue) return entry;
@@ -93,7 +91,7 @@ std::optional<IadtEntry> FindIdEntry(unsigned list, const char* name,
 }
 
 /// Reads the chip identifier, low byte in argument slot 0 and high byte in slot 1, and looks it up.
-void Identify(const IadtEntry& entry, uint8_t* io) {
+void Identify(IadtEntry entry, uint8_t* io) {
   LastErrorCode = kOk;
   if (entry.Length() == iadt::kBody) {
     GetWhichIOUse(0, io);

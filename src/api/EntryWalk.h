@@ -1,6 +1,7 @@
 /// Running the access commands of one list entry.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "tables/AccessCommand.h"
@@ -22,33 +23,51 @@ enum class Ran {
   kUnknownKind,  ///< a command cannot be stepped over or reaches beyond the entry: the whole call ends with code 21
 };
 
-/// A walk over the command block of an ordinary entry. It never leaves the entry's bytes.
+/// A walk over the command block of an ordinary entry. It never leaves the entry's bytes. In a record shorter than its
+/// own header no command fits, and the end is never reached.
 class CommandCursor {
  public:
-  explicit CommandCursor(const IadtEntry& entry);
+  explicit CommandCursor(IadtEntry entry)
+      : command_(entry.Body()), remaining_(int64_t{entry.Length()} - static_cast<int64_t>(iadt::kBody)) {}
 
-  bool AtEnd() const { return command_ == end_ && whole_; }
-  /// Whether all bytes of the current command belong to the entry.
-  bool Fits() const;
+  bool AtEnd() const { return remaining_ == 0; }
+  /// Whether all bytes of the current command belong to the entry; to be asked before anything is done with it.
+  bool Fits() {
+    if (remaining_ <= 0) return false;
+    layout_ = FindLayout(*command_);
+    return (layout_ != nullptr ? layout_->length : kPrefixBytes) <= remaining_;
+  }
   unsigned char** Command() { return &command_; }
-  const CommandLayout* Layout() const { return FindLayout(*command_); }
+  /// Null when the kind is unknown or has no such form.
+  const CommandLayout* Layout() const { return layout_; }
 
   enum class Step { kMoved, kStays, kImpossible };
   /// Moves behind the current command. One whose form does not fit its kind has no length: the cursor stays.
-  Step Advance();
+  Step Advance() {
+    if (layout_ == nullptr) return StepsByKind(*command_) ? Step::kStays : Step::kImpossible;
+    if (!layout_->steps) return Step::kImpossible;
+    command_ += layout_->length;
+    remaining_ -= layout_->length;
+    return Step::kMoved;
+  }
 
  private:
+  static bool StepsByKind(uint8_t opcode);
+
+  /// What a command needs that accesses nothing: its form is not one of its kind's, or its kind is unknown.
+  static constexpr int64_t kPrefixBytes = kCommandPrefixBytes;
+
   unsigned char* command_;
-  unsigned char* end_;
-  bool whole_;  ///< false for a record shorter than its own header, whose command count can never come out
+  int64_t remaining_;
+  const CommandLayout* layout_ = nullptr;
 };
 
 /// Runs the commands of an ordinary entry in order, up to the first that fails. A command whose form does not fit its
 /// kind is run again and again until it fails.
-Ran RunEntry(const IadtEntry& entry, Direction direction, Slots slots);
+Ran RunEntry(IadtEntry entry, Direction direction, Slots slots);
 
 /// Runs the command at a fixed offset of a sensor record, reading into `*value`; its outcome is not told. Bytes that
 /// the node did not keep count as 0.
-void RunSensorCommand(const IadtEntry& entry, uint8_t offset, unsigned long long* value);
+void RunSensorCommand(IadtEntry entry, uint8_t offset, unsigned long long* value);
 
 }  // namespace api

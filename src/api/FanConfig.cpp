@@ -40,16 +40,16 @@ enum SubCode : uint8_t {
 
 constexpr uint64_t FanCode(uint8_t subCode) { return Code(kFanConfig, subCode); }
 
-std::string_view NameOf(const IadtEntry& entry) { return {entry.Name(), strnlen(entry.Name(), iadt::kNameBytes)}; }
+std::string_view NameOf(IadtEntry entry) { return {entry.Name(), strnlen(entry.Name(), iadt::kNameBytes)}; }
 
-bool IsEntryOf(const IadtEntry& entry, std::string_view fan) {
+bool IsEntryOf(IadtEntry entry, std::string_view fan) {
   const std::string_view name = NameOf(entry);
   return FanNameMatches(name, fan) && !FanNameMatches(name, kIdWord);
 }
 
 /// Elements of an entry's parameter block: the mode and one per distinct argument index, told apart by its low byte.
 /// Empty when a command cannot be stepped over.
-std::optional<uint8_t> CountArguments(const IadtEntry& entry) {
+std::optional<uint8_t> CountArguments(IadtEntry entry) {
   std::bitset<256> named;
   for (CommandCursor cursor(entry); !cursor.AtEnd();) {
     if (!cursor.Fits() || cursor.Layout() == nullptr) return {};
@@ -106,7 +106,7 @@ std::optional<IadtEntry> RunFan(std::string_view fan, Direction direction, Slots
 using FanName = std::array<char, VYNLIB_NAME_BYTES>;
 
 /// The entry's name without the mode word, NUL-padded.
-FanName FanOf(const IadtEntry& entry) {
+FanName FanOf(IadtEntry entry) {
   FanName fan{};
   memcpy_s(fan.data(), fan.size(), entry.Name(), iadt::kNameBytes);
   RemoveSubStr(fan.size(), fan.data(), kModeWord);
@@ -164,8 +164,7 @@ int VynLibGetFANConfig(const char* name, uint8_t* block, uint8_t* count, uint8_t
   if (block == nullptr) return Fail(FanCode(kNoBlock));
   if (room < kAskForCount && (room == 0 || CountOf(*counts, block[0]) != room)) return Fail(FanCode(kCountDiffers));
   std::array<unsigned long long, kAskForCount> slots{};
-  const auto current =
-      RunFan(Text(name), kGet, {slots.data(), room}, kReadFailed, [](const IadtEntry&) { return true; });
+  const auto current = RunFan(Text(name), kGet, {slots.data(), room}, kReadFailed, [](IadtEntry) { return true; });
   if (!current) return 0;
   // The mode reported is the one whose commands succeed; the caller's serves the size check alone.
   const uint8_t mode = current->Value();
@@ -185,6 +184,6 @@ int VynLibSetFANConfig(const char* name, const uint8_t* block, uint8_t count, ui
   if (count == 0 || CountOf(*counts, block[0]) != count) return Fail(FanCode(kCountDiffers));
   std::array<unsigned long long, kAskForCount> slots{};
   std::copy_n(block, count, slots.begin());
-  const auto wants = [&](const IadtEntry& entry) { return entry.Value() == block[0]; };
+  const auto wants = [&](IadtEntry entry) { return entry.Value() == block[0]; };
   return RunFan(Text(name), kSet, {slots.data(), count}, kSetFailed, wants) ? Succeed() : 0;
 }

@@ -1,5 +1,4 @@
 #include <cstdint>
-#include <optional>
 
 #include "api/EntryWalk.h"
 #include "api/FeatureTable.h"
@@ -17,12 +16,15 @@ bool Performs(Perform perform, uint8_t selector) {
   return perform == kTwo ? selector == api::kPerform : IsPerform(selector);
 }
 
-/// What every function does first. Empty when the call is to be performed, else its result.
-std::optional<int> Begin(const FeatureRow& row, uint8_t selector) {
+/// Whether the call is to be performed; Decline tells what it comes to otherwise.
+bool Begins(const FeatureRow& row, uint8_t selector) {
+  return InitOk != 0 && Performs(row.perform, selector) && Has(row.list);
+}
+
+int Decline(const FeatureRow& row, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return Answer(Has(row.list), row.family);
   if (!Performs(row.perform, selector)) return Fail(kBadSelector);
-  if (Has(row.list)) return {};
   return Fail(Code(row.differs.absentFamily.value_or(row.family), kAbsent));
 }
 
@@ -30,8 +32,9 @@ std::optional<int> Begin(const FeatureRow& row, uint8_t selector) {
 /// commands succeed. The accumulator is shared by all entries of a call.
 template <typename Wants, typename Done>
 int Walk(const FeatureRow& row, Direction direction, Wants wants, Done done) {
-  LastErrorCode = Code(row.family, row.noEntry);
+  const uint64_t failed = Code(row.family, row.failed);
   unsigned long long accumulator = 0;
+  LastErrorCode = Code(row.family, row.noEntry);
   for (const IadtEntry entry : Entries(row.list)) {
     if (!wants(entry)) continue;
     const Ran ran = RunEntry(entry, direction, {&accumulator, 1});
@@ -40,50 +43,49 @@ int Walk(const FeatureRow& row, Direction direction, Wants wants, Done done) {
       done(entry);
       return Succeed();
     }
-    LastErrorCode = Code(row.family, row.failed);  // a later candidate is a fallback
+    LastErrorCode = failed;  // a later candidate is a fallback
   }
   return 0;
 }
 
 template <typename Wants>
 int ReadWhere(const FeatureRow& row, uint8_t* target, uint8_t selector, Wants wanted) {
-  if (const auto answer = Begin(row, selector)) return *answer;
+  if (!Begins(row, selector)) return Decline(row, selector);
   const Result<uint8_t> result(target);
   result = kNoReading;
-  const auto wants = [&](const IadtEntry& entry) {
+  const auto wants = [&](IadtEntry entry) {
     if (!wanted(entry)) return false;
     if (row.differs.clearsResult) result = 0;
     return true;
   };
-  return Walk(row, kGet, wants, [&](const IadtEntry& entry) { result = entry.Value(); });
+  return Walk(row, kGet, wants, [&](IadtEntry entry) { result = entry.Value(); });
 }
 
 template <typename Wants>
 int WriteWhere(const FeatureRow& row, uint8_t selector, Wants wants) {
-  if (const auto answer = Begin(row, selector)) return *answer;
-  return Walk(row, kSet, wants, [](const IadtEntry&) {});
+  if (!Begins(row, selector)) return Decline(row, selector);
+  return Walk(row, kSet, wants, [](IadtEntry) {});
 }
 
 int Read(const FeatureRow& row, uint8_t* result, uint8_t selector) {
-  return ReadWhere(row, result, selector, [](const IadtEntry&) { return true; });
+  return ReadWhere(row, result, selector, [](IadtEntry) { return true; });
 }
 
 int Read(const FeatureRow& row, uint8_t index, uint8_t* result, uint8_t selector) {
-  return ReadWhere(row, result, selector, [=](const IadtEntry& entry) { return entry.Index() == index; });
+  return ReadWhere(row, result, selector, [=](IadtEntry entry) { return entry.Index() == index; });
 }
 
 int Write(const FeatureRow& row, uint8_t value, uint8_t selector) {
-  return WriteWhere(row, selector, [=](const IadtEntry& entry) { return entry.Value() == value; });
+  return WriteWhere(row, selector, [=](IadtEntry entry) { return entry.Value() == value; });
 }
 
 int Write(const FeatureRow& row, uint8_t index, uint8_t value, uint8_t selector) {
-  return WriteWhere(row, selector,
-                    [=](const IadtEntry& entry) { return entry.Index() == index && entry.Value() == value; });
+  return WriteWhere(row, selector, [=](IadtEntry entry) { return entry.Index() == index && entry.Value() == value; });
 }
 
 /// All entries are visited: those that succeed are counted, and each sets the bit of its index when its value is odd.
 int ReadVersion(const FeatureRow& row, uint16_t* target, uint8_t selector) {
-  if (const auto answer = Begin(row, selector)) return *answer;
+  if (!Begins(row, selector)) return Decline(row, selector);
   const Result<uint16_t> result(target);
   result = kNoVersion;
   uint8_t count = 0;

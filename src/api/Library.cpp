@@ -20,11 +20,6 @@ TIAMTable* IAMTable = nullptr;
 TIADTable* IADTable = nullptr;
 TIAxTCommon* IAxTCommon = nullptr;
 
-bool VynLibCheckAvailabled() {
-  if (InitOk == 0) LastErrorCode = kNotInitialised;
-  return InitOk != 0;
-}
-
 }  // namespace api
 
 using namespace api;

@@ -24,7 +24,10 @@ extern TIADTable* IADTable;
 extern TIAxTCommon* IAxTCommon;
 
 /// InitOk; sets code 1 when it is 0.
-bool VynLibCheckAvailabled();
+inline bool VynLibCheckAvailabled() {
+  if (InitOk == 0) LastErrorCode = kNotInitialised;
+  return InitOk != 0;
+}
 
 enum Selector : uint8_t { kQuery = 0, kPerformToo = 1, kPerform = 2 };
 

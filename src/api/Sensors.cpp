@@ -38,7 +38,7 @@ struct SensorList {
 
 constexpr uint8_t kReadingCounts = 0;
 
-bool NameMatches(const IadtEntry& entry, const char* name) { return std::strncmp(entry.Name(), name, kNameBytes) == 0; }
+bool NameMatches(IadtEntry entry, const char* name) { return std::strncmp(entry.Name(), name, kNameBytes) == 0; }
 
 unsigned long long ShiftRight(unsigned long long value, uint8_t bits) { return bits < 64 ? value >> bits : 0; }
 
@@ -194,7 +194,7 @@ constexpr Quantity<uint16_t> kFanSpeedQuantity{kFanSpeed, 0x06, 0x05, kFanSpeeds
 constexpr Quantity<float> kCurrentQuantity{kCurrent, 0x05, 0x03, kCurrents, std::size(kCurrents)};
 
 /// The results of the commands are not looked at: failures show through the raw values alone.
-void ReadRaw(const IadtEntry& entry, const uint8_t (&commands)[2], unsigned long long* raw) {
+void ReadRaw(IadtEntry entry, const uint8_t (&commands)[2], unsigned long long* raw) {
   for (const uint8_t offset : commands)
     if (offset != 0) RunSensorCommand(entry, offset, raw);
 }

@@ -42,7 +42,7 @@ constexpr uint64_t WatchdogCode(uint8_t subCode) { return Code(kWatchdog, subCod
 
 int QueryWatchdog() { return Answer(Has(kWatchdogList), kWatchdog); }
 
-bool IsCountMode(const IadtEntry& entry) { return entry.Value() == kCountMode0 || entry.Value() == kCountMode1; }
+bool IsCountMode(IadtEntry entry) { return entry.Value() == kCountMode0 || entry.Value() == kCountMode1; }
 
 /// Runs the candidates in order until the commands of one succeed, which `done(entry, accumulator)` then takes.
 template <typename Wants, typename Done>
@@ -64,8 +64,8 @@ int Walk(Codes codes, Direction direction, unsigned long long accumulator, Wants
 
 int Perform(uint8_t operation, Codes codes, uint8_t data = 0) {
   return Walk(
-      codes, kSet, data, [=](const IadtEntry& entry) { return entry.Value() == operation; },
-      [](const IadtEntry&, unsigned long long) {});
+      codes, kSet, data, [=](IadtEntry entry) { return entry.Value() == operation; },
+      [](IadtEntry, unsigned long long) {});
 }
 
 /// The operation for an argument of 0 or 1.
@@ -119,8 +119,8 @@ int VynLibWDTGetInterval(uint32_t* interval, uint8_t selector) {
   if (selector == kQuery) return QueryWatchdog();
   if (!IsPerform(selector)) return Fail(kBadSelector);
   return Walk(
-      kGettingInterval, kGet, 0, [](const IadtEntry& entry) { return entry.Value() == kInterval; },
-      [=](const IadtEntry&, unsigned long long value) { Result<uint32_t>{interval} = static_cast<uint32_t>(value); });
+      kGettingInterval, kGet, 0, [](IadtEntry entry) { return entry.Value() == kInterval; },
+      [=](IadtEntry, unsigned long long value) { Result<uint32_t>{interval} = static_cast<uint32_t>(value); });
 }
 
 int VynLibWDTSetCountMode(uint8_t mode, uint8_t selector) {
@@ -136,7 +136,6 @@ int VynLibWDTGetCountMode(uint8_t* mode, uint8_t selector) {
   if (!IsPerform(selector)) return Fail(kBadSelector);
   const Result<uint8_t> result(mode);
   if (Has(kWatchdogList)) result = 0;
-  return Walk(kGettingMode, kGet, 0, IsCountMode, [&](const IadtEntry& entry, unsigned long long) {
-    result = static_cast<uint8_t>(entry.Value() - kCountMode0);
-  });
+  return Walk(kGettingMode, kGet, 0, IsCountMode,
+              [&](IadtEntry entry, unsigned long long) { result = static_cast<uint8_t>(entry.Value() - kCountMode0); });
 }

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "hw/DeviceFile.h"
 #include "hw/PortWidth.h"
@@ -30,27 +32,36 @@ bool WriteValue(TReadWrite& rw, uint64_t address, T value) {
   return true;
 }
 
+/// Calls `move` for 0 to `count` - 1, eight to a round of the loop.
+template <typename Move>
+void ForEach(size_t count, Move move) {
+  constexpr auto kRound = std::make_index_sequence<8>();
+  const auto round = [&]<size_t... k>(size_t first, std::index_sequence<k...>) { (move(first + k), ...); };
+  size_t i = 0;
+  for (; i + kRound.size() <= count; i += kRound.size()) round(i, kRound);
+  for (; i < count; ++i) move(i);
+}
+
 /// Each element moves with an access of its own width; the caller's buffer may have any alignment.
 template <typename T>
 void CopyOut(const hw::MemoryMapping& memory, uint8_t* buffer, unsigned count) {
   const volatile T* elements = memory.Elements<T>();
-  for (unsigned i = 0; i < count / sizeof(T); ++i) {
+  ForEach(count / sizeof(T), [=](size_t i) {
     const T value = elements[i];
     std::memcpy(buffer + i * sizeof(T), &value, sizeof(T));
-  }
+  });
 }
 
 template <typename T>
 void CopyIn(const hw::MemoryMapping& memory, const uint8_t* buffer, unsigned count) {
   volatile T* elements = memory.Elements<T>();
-  for (unsigned i = 0; i < count / sizeof(T); ++i) {
+  ForEach(count / sizeof(T), [=](size_t i) {
     T value;
     std::memcpy(&value, buffer + i * sizeof(T), sizeof(T));
     elements[i] = value;
-  }
+  });
 }
 
-/// Any other width moves nothing and succeeds. This is meant.
 bool ReadBlock(TReadWrite& rw, uint64_t address, void* buffer, unsigned count, unsigned width) {
   if (!rw.CheckPrivilege()) return false;
   const hw::MemoryMapping memory(address, count, false);
@@ -86,6 +97,17 @@ struct Search {
 
   bool Exhausted() const { return patternLength > remaining || wraps > 1; }
 
+  /// Steps of 1 go on to the next byte that a match can begin with; the number of bytes passed over before it.
+  uint32_t Skip(const uint8_t* from, uint64_t candidates) const {
+    if (step != 1 || patternLength == 0) return 0;
+    const void* next = std::memchr(from, *pattern, candidates);
+    return static_cast<uint32_t>(next != nullptr ? static_cast<const uint8_t*>(next) - from : candidates - 1);
+  }
+
+  bool Matches(const uint8_t* at) const {
+    return patternLength == 0 || (*at == *pattern && std::memcmp(at, pattern, patternLength) == 0);
+  }
+
   void Advance(uint64_t* address) {
     *address += step;
     if (step > remaining) ++wraps;
@@ -97,7 +119,11 @@ struct Search {
   bool Scan(const uint8_t* span, uint32_t chunk, uint64_t* address) {
     uint64_t i = 0;
     do {
-      if (patternLength == 0 || std::memcmp(span + i, pattern, patternLength) == 0) {
+      const uint32_t skipped = Skip(span + i, chunk - patternLength - i + 1);
+      i += skipped;
+      *address += skipped;
+      remaining -= skipped;
+      if (Matches(span + i)) {
         if (occurrence == 0) return true;
         --occurrence;
       }

@@ -21,8 +21,17 @@ constexpr Location Decode(uint16_t bdf) {
   return {static_cast<uint8_t>(bdf >> 8), static_cast<uint8_t>(bdf >> 3 & 31), static_cast<uint8_t>(bdf & 7)};
 }
 
+/// Composes the address and the data port, into the scratch fields.
+void Translate(TReadWrite& rw, Location at, uint16_t reg) {
+  // Added, not ORed, and unmasked: a device above 31 or a function above 7 carries into its neighbour. This is meant.
+  rw.PciAddress = kEnable + (uint32_t{at.bus} << 16) + (uint32_t{at.device} << 11) + (uint32_t{at.function} << 8) +
+                  (reg & 0xFCu) + (uint32_t{reg} << 16 & kExtendedRegisterBits);
+  rw.PciDataPort = static_cast<uint16_t>(kDataPort + (reg & 3));
+}
+
 uint16_t Address(TReadWrite& rw, Location at, uint16_t reg) {
-  platform::Out32(kAddressPort, rw.TranslatePciAddress(at.bus, at.device, at.function, reg));
+  Translate(rw, at, reg);
+  platform::Out32(kAddressPort, rw.PciAddress);
   return rw.PciDataPort;
 }
 
@@ -76,10 +85,7 @@ bool WriteBlock(TReadWrite& rw, Location at, uint16_t start, void* buffer, uint1
 
 unsigned int TReadWrite::TranslatePciAddress(unsigned char bus, unsigned char device, unsigned char function,
                                              unsigned short reg) {
-  // Added, not ORed, and unmasked: a device above 31 or a function above 7 carries into its neighbour. This is meant.
-  PciAddress = kEnable + (uint32_t{bus} << 16) + (uint32_t{device} << 11) + (uint32_t{function} << 8) + (reg & 0xFCu) +
-               (uint32_t{reg} << 16 & kExtendedRegisterBits);
-  PciDataPort = static_cast<uint16_t>(kDataPort + (reg & 3));
+  Translate(*this, {bus, device, function}, reg);
   return PciAddress;
 }
 

@@ -38,8 +38,7 @@ void TReadWrite::FreeInstance() {
   g_Instance = nullptr;
 }
 
-bool TReadWrite::CheckPrivilege() {
-  if (IoplFailed == 0) return true;
+bool TReadWrite::Refuse() {
   std::puts("Please run as root!");
   return false;
 }

@@ -34,7 +34,7 @@ class TReadWrite {
   TReadWrite& operator=(const TReadWrite&) = delete;
 
   /// True when privileged; otherwise prints "Please run as root!" and returns false.
-  bool CheckPrivilege();
+  bool CheckPrivilege() { return IoplFailed == 0 || Refuse(); }
 
   // --- I/O ports (PortIo.cpp) ---
 
@@ -206,4 +206,8 @@ class TReadWrite {
   /// Reads a register of CPU 0 through "/dev/cpu/0/msr", after "modprobe msr". 0 stands for failure too. Needs no I/O
   /// privilege level.
   unsigned long long rdmsr_on_cpu(unsigned int msr);
+
+ private:
+  /// Prints the message; false.
+  static bool Refuse();
 };

@@ -30,68 +30,39 @@ class ArgumentScope {
 
 TInterpreter::TInterpreter() : Hardware(TReadWrite::GetInstance()) {}
 
-bool TInterpreter::Interpret(VynString script, unsigned int* result) {
-  return Run(script::ParseScript(View(AdjustCmdString(script))), result ? result : &Result);
-}
+// A loop runs these once a statement and round: they are one piece of code.
 
-bool TInterpreter::Interpret(VynString script) {
-  Result = 0;
-  return Interpret(script, &Result);
-}
-
-bool TInterpreter::ExecuteCmds(VynString statements, unsigned int* result) {
-  return Run(script::ParseStatements(View(AdjustPrefixCmdString(statements))), result ? result : &Result);
-}
-
-bool TInterpreter::ExecuteCmd(VynString statement, unsigned int* result) {
-  return Run(script::ParseStatement(View(statement)), result ? result : &Result);
-}
-
-// Microseconds, whatever the name says; this is meant.
-void TInterpreter::Delayms(int microseconds) { platform::SleepMicroseconds(static_cast<uint32_t>(microseconds)); }
-
-bool TInterpreter::Run(const script::Program& program, unsigned int* result) {
-  for (const script::Block& block : program.blocks)
-    if (!Run(program, block, result)) return false;
+/// Stores a value where the statement puts it, and as the result.
+[[gnu::always_inline]] inline bool TInterpreter::Report(unsigned int value, unsigned int* result) {
+  Locals[Target] = value;
+  *result = value;
   return true;
 }
 
-bool TInterpreter::Run(const script::Program& program, const script::Block& block, unsigned int* result) {
-  using Kind = script::Block::Kind;
-  if (block.kind == Kind::kMalformed) return false;
-  if (block.kind == Kind::kOnce) return RunStatements(program, block, result);
-  if (block.kind == Kind::kWait) WaitValue = Value(block.waitValue);
-  LoopCount = Value(block.count);
-  Endless = LoopCount == 0;
-  return RunRounds(program, block, result);
-}
-
-bool TInterpreter::RunRounds(const script::Program& program, const script::Block& block, unsigned int* result) {
-  const bool waits = block.kind == script::Block::Kind::kWait;
-  for (; Endless || LoopCount != 0; --LoopCount) {
-    if (!RunStatements(program, block, result)) return false;
-    if (BreaksAt(*result) || (waits && *result == WaitValue)) return true;
-    // Rounds of an empty body change nothing: a counted block is over, an endless one would never be.
-    if (block.first == block.end) return !Endless;
-  }
-  return true;
-}
-
-bool TInterpreter::RunStatements(const script::Program& program, const script::Block& block, unsigned int* result) {
-  const script::Statement* const end = program.statements.data() + block.end;
-  for (const script::Statement* at = program.statements.data() + block.first; at != end; ++at) {
-    if (!Run(*at, result)) return false;
-    if (BreaksAt(*result)) return true;
-  }
-  return true;
-}
-
-bool TInterpreter::BreaksAt(unsigned int result) const {
+[[gnu::always_inline]] inline bool TInterpreter::BreaksAt(unsigned int result) const {
   if (BreakIfZero) return result == 0 || BreakIfNonzero;
   return BreakIfNonzero && result != 0;
 }
 
-bool TInterpreter::Run(const script::Statement& statement, unsigned int* result) {
+[[gnu::always_inline]] inline bool TInterpreter::RunCommand(const script::Statement& statement, unsigned int* result) {
+  const script::Command& command = *statement.command;
+  for (size_t i = 0; i < statement.operandCount; ++i) {
+    const script::Operand& operand = statement.operands[i];
+    Operands[i] = operand.isLocal ? Locals[operand.number] : operand.number;
+    if (Operands[i] > command.limits[i]) return false;
+  }
+  if (command.needsHardware && !Hardware) return false;
+  const script::Outcome outcome = command.run(*this);
+  if (outcome.kind == script::Outcome::kValue) return Report(outcome.value, result);
+  return outcome.kind == script::Outcome::kDone;
+}
+
+bool TInterpreter::RunWords(const script::Statement& statement, unsigned int* result) {
+  const ArgumentScope words(*this, statement.words);
+  return RunCommand(statement, result);
+}
+
+[[gnu::always_inline]] inline bool TInterpreter::Run(const script::Statement& statement, unsigned int* result) {
   using Kind = script::Statement::Kind;
   BreakIfZero = statement.breakIfZero;
   BreakIfNonzero = statement.breakIfNonzero;
@@ -113,26 +84,62 @@ bool TInterpreter::Run(const script::Statement& statement, unsigned int* result)
   return false;
 }
 
-bool TInterpreter::RunCommand(const script::Statement& statement, unsigned int* result) {
-  const script::Command& command = *statement.command;
-  for (size_t i = 0; i < statement.operandCount; ++i) {
-    Operands[i] = Value(statement.operands[i]);
-    if (!CheckOpValue(Operands[i], command.limits[i])) return false;
+bool TInterpreter::RunStatements(const script::Program& program, const script::Block& block, unsigned int* result) {
+  const script::Statement* const end = program.statements.data() + block.end;
+  for (const script::Statement* at = program.statements.data() + block.first; at != end; ++at) {
+    if (!Run(*at, result)) return false;
+    if (BreaksAt(*result)) return true;
   }
-  if (command.needsHardware && !Hardware) return false;
-  const script::Outcome outcome = command.run(*this);
-  if (outcome.kind == script::Outcome::kValue) return Report(outcome.value, result);
-  return outcome.kind == script::Outcome::kDone;
+  return true;
 }
 
-bool TInterpreter::RunWords(const script::Statement& statement, unsigned int* result) {
-  const ArgumentScope words(*this, statement.words);
-  return RunCommand(statement, result);
+bool TInterpreter::Interpret(VynString script, unsigned int* result) {
+  return Interpret(script::ParseScript(View(AdjustCmdString(script))), result ? result : &Result);
 }
 
-/// Stores a value where the statement puts it, and as the result.
-bool TInterpreter::Report(unsigned int value, unsigned int* result) {
-  Locals[Target] = value;
-  *result = value;
+bool TInterpreter::Interpret(VynString script) {
+  Result = 0;
+  return Interpret(script, &Result);
+}
+
+bool TInterpreter::Interpret(const script::Program& program, unsigned int* result) {
+  if (!result) {
+    Result = 0;
+    result = &Result;
+  }
+  for (const script::Block& block : program.blocks)
+    if (!Run(program, block, result)) return false;
+  return true;
+}
+
+bool TInterpreter::ExecuteCmds(VynString statements, unsigned int* result) {
+  return Interpret(script::ParseStatements(View(AdjustPrefixCmdString(statements))), result ? result : &Result);
+}
+
+bool TInterpreter::ExecuteCmd(VynString statement, unsigned int* result) {
+  return Run(script::ParseStatement(View(statement)), result ? result : &Result);
+}
+
+// Microseconds, whatever the name says; this is meant.
+void TInterpreter::Delayms(int microseconds) { platform::SleepMicroseconds(static_cast<uint32_t>(microseconds)); }
+
+bool TInterpreter::Run(const script::Program& program, const script::Block& block, unsigned int* result) {
+  using Kind = script::Block::Kind;
+  if (block.kind == Kind::kMalformed) return false;
+  if (block.kind == Kind::kOnce) return RunStatements(program, block, result);
+  if (block.kind == Kind::kWait) WaitValue = Value(block.waitValue);
+  LoopCount = Value(block.count);
+  Endless = LoopCount == 0;
+  return RunRounds(program, block, result);
+}
+
+bool TInterpreter::RunRounds(const script::Program& program, const script::Block& block, unsigned int* result) {
+  const bool waits = block.kind == script::Block::Kind::kWait;
+  for (; Endless || LoopCount != 0; --LoopCount) {
+    if (!RunStatements(program, block, result)) return false;
+    if (BreaksAt(*result) || (waits && *result == WaitValue)) return true;
+    // Rounds of an empty body change nothing: a counted block is over, an endless one would never be.
+    if (block.first == block.end) return !Endless;
+  }
   return true;
 }

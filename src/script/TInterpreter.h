@@ -45,6 +45,8 @@ class TInterpreter {
   bool Interpret(VynString script, unsigned int* result);
   /// The same with `Result`, set to 0 first.
   bool Interpret(VynString script);
+  /// The same for a script that is parsed already; without `result` as the form above.
+  bool Interpret(const script::Program& program, unsigned int* result = nullptr);
   /// Runs statements separated by ";". @return true when all ran or a break ended the run
   bool ExecuteCmds(VynString statements, unsigned int* result);
   /// Runs one normalised statement.
@@ -56,7 +58,7 @@ class TInterpreter {
 
   /// A script as the other operations take it: trimmed, in upper case, commas and round brackets as spaces, no ";" at
   /// the end.
-  VynString AdjustCmdString(VynString script);
+  static VynString AdjustCmdString(VynString script);
   /// Without leading spaces and ";".
   VynString AdjustPrefixCmdString(VynString statements);
   /// The slot that a text "LOCALx" or "LOCALx=..." names. @return whether it is one of 0..15; only then `*slot` is set
@@ -94,7 +96,6 @@ class TInterpreter {
 
  private:
   unsigned int Value(const script::Operand& operand) const;
-  bool Run(const script::Program& program, unsigned int* result);
   bool Run(const script::Program& program, const script::Block& block, unsigned int* result);
   bool RunRounds(const script::Program& program, const script::Block& block, unsigned int* result);
   bool RunStatements(const script::Program& program, const script::Block& block, unsigned int* result);

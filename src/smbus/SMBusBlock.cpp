@@ -6,24 +6,24 @@
 
 bool TSMBus::Handshake(const VynString& script, bool mayEnd) {
   const unsigned char result = RunForResult(script);
-  if ((result & Record.ErrorMask) != 0) return false;
+  if ((result & ErrorMask) != 0) return false;
   return result != 0 || mayEnd;
 }
 
-bool TSMBus::WindowEnds(int bytes) const { return Record.BlockMode != 0 && bytes % Record.BlockMode == 0; }
+bool TSMBus::WindowEnds(int bytes) const { return BlockMode != 0 && bytes % BlockMode == 0; }
 
 bool TSMBus::ReceiveBlock(unsigned char address, unsigned char* buffer, unsigned char command, int* count) {
   if (!Idle()) return false;
   Select(address, true, command);
-  Run(Record.BlockReadStartScript);
-  if (!Handshake(Record.BlockWaitScript, Record.BlockMode == 0)) return Failed();
-  const int length = RunForResult(Record.DataReadPrefix);
+  Run(BlockReadStartScript);
+  if (!Handshake(BlockWaitScript, BlockMode == 0)) return Failed();
+  const int length = RunForResult(DataReadPrefix);
   if (length < 1 || length > kBlockBytes) return Failed();
-  Run(Record.BlockSetupScript);
+  Run(BlockSetupScript);
   for (int received = 0; received < length;) {
-    buffer[received++] = RunForResult(Record.BlockReadScript);
-    Run(Record.BlockStepScript);
-    if (received < length && WindowEnds(received) && !Handshake(Record.BlockNextScript, false)) return Failed();
+    buffer[received++] = RunForResult(BlockReadScript);
+    Run(BlockStepScript);
+    if (received < length && WindowEnds(received) && !Handshake(BlockNextScript, false)) return Failed();
   }
   *count = length;
   return true;
@@ -31,25 +31,25 @@ bool TSMBus::ReceiveBlock(unsigned char address, unsigned char* buffer, unsigned
 
 void TSMBus::FillWindow(const unsigned char* buffer, int* sent, int count) {
   do {
-    RunWith(Record.BlockWritePrefix, buffer[(*sent)++]);
-    Run(Record.BlockStepScript);
+    RunWith(BlockWritePrefix, buffer[(*sent)++]);
+    Run(BlockStepScript);
   } while (*sent < count && !WindowEnds(*sent));
 }
 
 bool TSMBus::SendBlock(unsigned char address, const unsigned char* buffer, unsigned char command, int count) {
   if (!Idle()) return false;
   Select(address, false, command);
-  RunWith(Record.ByteWritePrefix, static_cast<unsigned int>(count));
-  Run(Record.BlockSetupScript);
+  RunWith(ByteWritePrefix, static_cast<unsigned int>(count));
+  Run(BlockSetupScript);
   int sent = 0;
   FillWindow(buffer, &sent, count);
-  Run(Record.BlockWriteStartScript);
-  if (!Handshake(Record.BlockWaitScript, Record.BlockMode == 0)) return Failed();
+  Run(BlockWriteStartScript);
+  if (!Handshake(BlockWaitScript, BlockMode == 0)) return Failed();
   while (sent < count) {
     FillWindow(buffer, &sent, count);
-    if (!Handshake(Record.BlockNextScript, false)) return Failed();
+    if (!Handshake(BlockNextScript, false)) return Failed();
   }
-  if (Record.BlockMode != 0 && !Handshake(Record.BlockNextScript, true)) return Failed();
+  if (BlockMode != 0 && !Handshake(BlockNextScript, true)) return Failed();
   return true;
 }
 

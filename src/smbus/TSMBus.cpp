@@ -30,7 +30,7 @@ TSMBus::TSMBus() { DetectSMBus(); }
 void TSMBus::DetectSMBus() {
   Value = -1;
   Config = nullptr;
-  Record = TSMBusCfg();
+  static_cast<TSMBusCfg&>(*this) = TSMBusCfg();
   Interpreter = std::make_unique<TInterpreter>();
   if (!Interpreter->Hardware) return;
   for (auto& [name, config] : TSMBusConfig::GetInstance()->GetConfigs()) {
@@ -39,56 +39,55 @@ void TSMBus::DetectSMBus() {
     // All 32 bits: the low 8 of one controller's result are 0 on boards of many others.
     if (result != 0) continue;
     Config = &config;
-    Record = config;
+    static_cast<TSMBusCfg&>(*this) = config;
     return;
   }
 }
 
 // --- scripts ---
 
-void TSMBus::Run(const VynString& script) { Interpreter->Interpret(script); }
+void TSMBus::Run(const VynString& script) { Interpreter->Interpret(scripts_.Get(script)); }
 
 unsigned char TSMBus::RunForResult(const VynString& script) {
   unsigned int result = kNoResult;
-  Interpreter->Interpret(script, &result);
+  Interpreter->Interpret(scripts_.Get(script), &result);
   return LowByte(result);
 }
 
 void TSMBus::RunWith(const VynString& prefix, unsigned int value) {
   // The argument list stays open: no closing bracket follows.
-  const VynString script = prefix + " " + IntToStr(value);
-  Run(script);
+  Interpreter->Interpret(scripts_.GetWith(prefix, value));
 }
 
-bool TSMBus::Idle() { return RunForResult(Record.WaitIdleScript) == Record.IdleValue; }
+bool TSMBus::Idle() { return RunForResult(WaitIdleScript) == IdleValue; }
 
 bool TSMBus::Failed() {
-  Run(Record.WaitIdleScript);
+  Run(WaitIdleScript);
   return false;
 }
 
 void TSMBus::Select(unsigned char address, bool read, unsigned int command) {
-  RunWith(Record.AddressPrefix, LowByte(read ? address | kReadBit : address & ~kReadBit));
-  RunWith(Record.CommandPrefix, command);
+  RunWith(AddressPrefix, LowByte(read ? address | kReadBit : address & ~kReadBit));
+  RunWith(CommandPrefix, command);
 }
 
 int TSMBus::Transact(const VynString& baseScript, const std::function<bool()>& transfers) {
   Interpreter = std::make_unique<TInterpreter>();
-  Run(Record.DetectScript);
-  Run(Record.EnableScript);
+  Run(DetectScript);
+  Run(EnableScript);
   Run(baseScript);
   if (!Idle()) {
-    Run(Record.RestoreScript);
+    Run(RestoreScript);
     return 0;
   }
   const bool done = transfers();
-  Run(Record.WaitIdleScript);
-  Run(Record.RestoreScript);
+  Run(WaitIdleScript);
+  Run(RestoreScript);
   return done ? 1 : 0;
 }
 
 int TSMBus::TryBases(const std::function<int(const VynString&)>& attempt) {
-  const VynString* const bases[] = {&Record.BaseScript1, &Record.BaseScript2, &Record.BaseScript3, &Record.BaseScript4};
+  const VynString* const bases[] = {&BaseScript1, &BaseScript2, &BaseScript3, &BaseScript4};
   for (const VynString* base : bases)
     if (!base->IsEmpty() && attempt(*base) != 0) return 1;
   return 0;
@@ -101,19 +100,19 @@ TSMBus::Moved TSMBus::MoveElement(const SMBusProtocol& protocol, unsigned char a
   if (!Idle()) return Moved::kFailed;
   Select(address, protocol.read, command);
   if (!protocol.read)
-    for (int i = 0; i < protocol.width; ++i) RunWith(Record.*protocol.data[i], data[i]);
-  Run(Record.*protocol.startScript);
-  const unsigned char result = RunForResult(Record.*protocol.waitScript);
-  if (Record.RetryValue != 0 && result == Record.RetryValue) {
-    Run(Record.RetryScript);
+    for (int i = 0; i < protocol.width; ++i) RunWith(this->*protocol.data[i], data[i]);
+  Run(this->*protocol.startScript);
+  const unsigned char result = RunForResult(this->*protocol.waitScript);
+  if (RetryValue != 0 && result == RetryValue) {
+    Run(RetryScript);
     return Moved::kAgain;
   }
-  if ((result & Record.ErrorMask) != 0) {
+  if ((result & ErrorMask) != 0) {
     Failed();
     return Moved::kFailed;
   }
   if (protocol.read)
-    for (int i = 0; i < protocol.width; ++i) data[i] = RunForResult(Record.*protocol.data[i]);
+    for (int i = 0; i < protocol.width; ++i) data[i] = RunForResult(this->*protocol.data[i]);
   return Moved::kDone;
 }
 

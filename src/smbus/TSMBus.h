@@ -3,10 +3,21 @@
 #include <functional>
 #include <memory>
 
+#include "script/ScriptCache.h"
 #include "script/TInterpreter.h"
 #include "smbus/TSMBusCfg.h"
 
 struct SMBusProtocol;
+
+/// What TSMBus holds besides the fields of the chosen record.
+class TSMBusHost {
+ public:
+  virtual ~TSMBusHost() = default;
+
+  TSMBusCfg* Config = nullptr;                ///< the chosen record, in the registry; null without a controller
+  std::unique_ptr<TInterpreter> Interpreter;  ///< that of the last transaction
+  int Value = -1;
+};
 
 /// The SMBus host controller of this machine: which one it is, and transfers to and from the devices behind it.
 ///
@@ -20,15 +31,12 @@ struct SMBusProtocol;
 /// Results of scripts are compared by their low 8 bits (0xFF when a script yields none), the one of detection by
 /// all 32.
 ///
+/// The fields of the chosen record are copies, all empty or 0 without a controller.
+///
 /// Not for use by several threads at once.
-class TSMBus {
+class TSMBus : public TSMBusHost, public TSMBusCfg {
  public:
   static constexpr int kBlockBytes = 32;  ///< the most a block carries
-
-  TSMBusCfg* Config = nullptr;                ///< the chosen record, in the registry; null without a controller
-  std::unique_ptr<TInterpreter> Interpreter;  ///< that of the last transaction
-  int Value = -1;
-  TSMBusCfg Record;  ///< copy of the chosen record; empty without a controller
 
   static TSMBus* g_Instance;
 
@@ -39,12 +47,11 @@ class TSMBus {
 
   /// Detects.
   TSMBus();
-  virtual ~TSMBus() = default;
 
   /// Takes the first record of the registry, in its order, whose DetectScript gives 0. None without I/O privilege.
   void DetectSMBus();
   TSMBusCfg* GetSMBusConfig() { return Config; }
-  unsigned char GetClockGenAddress() { return Record.ClockGenAddress; }
+  unsigned char GetClockGenAddress() { return ClockGenAddress; }
 
   // --- bytes: `count` registers from `command` (default 0) on, one byte each ---
   //
@@ -147,4 +154,6 @@ class TSMBus {
   bool ReceiveBlock(unsigned char address, unsigned char* buffer, unsigned char command, int* count);
   bool SendBlock(unsigned char address, const unsigned char* buffer, unsigned char command, int count);
   void FillWindow(const unsigned char* buffer, int* sent, int count);
+
+  script::ScriptCache scripts_;
 };

@@ -5,7 +5,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 
 /// Access kind: bits 2-5 of the opcode byte, taken in place.
 enum CommandKind : uint8_t {
@@ -49,7 +48,7 @@ struct CommandField {
   uint8_t offset = 0, bytes = 0;
 };
 
-struct CommandLayout {
+struct alignas(32) CommandLayout {
   uint8_t kind;
   uint8_t form;          ///< 0 = any
   uint8_t length;        ///< bytes of the record
@@ -82,23 +81,21 @@ constexpr uint8_t FormOf(uint8_t opcode) { return opcode & kFormMask; }
 constexpr unsigned WidthOf(uint8_t opcode) { return 1u << (opcode >> kWidthShift); }
 
 namespace detail {
-/// Row number by the low six bits of the opcode (kind and form), or -1.
-inline constexpr auto kLayoutRows = [] {
-  std::array<int8_t, 64> rows{};
-  rows.fill(-1);
-  for (uint8_t opcode = 0; opcode < 64; ++opcode)
-    for (size_t i = 0; i < std::size(kCommandLayouts); ++i)
-      if (kCommandLayouts[i].kind == KindOf(opcode) &&
-          (kCommandLayouts[i].form == 0 || kCommandLayouts[i].form == FormOf(opcode)))
-        rows[opcode] = static_cast<int8_t>(i);
-  return rows;
+/// The rows by the low six bits of the opcode (kind and form); a length of 0 where there is none.
+inline constexpr auto kLayoutsByOpcode = [] {
+  std::array<CommandLayout, 64> layouts{};
+  for (size_t opcode = 0; opcode < layouts.size(); ++opcode)
+    for (const CommandLayout& row : kCommandLayouts)
+      if (row.kind == (opcode & kKindMask) && (row.form == 0 || row.form == (opcode & kFormMask)))
+        layouts[opcode] = row;
+  return layouts;
 }();
 }  // namespace detail
 
 /// The layout of the command with this opcode; null when the kind is unknown or has no such form.
 constexpr const CommandLayout* FindLayout(uint8_t opcode) {
-  const int8_t row = detail::kLayoutRows[opcode & (kKindMask | kFormMask)];
-  return row < 0 ? nullptr : &kCommandLayouts[row];
+  const CommandLayout& layout = detail::kLayoutsByOpcode[opcode & (kKindMask | kFormMask)];
+  return layout.length != 0 ? &layout : nullptr;
 }
 
 /// Any layout of the command's kind, the shortest; null when the kind is unknown.

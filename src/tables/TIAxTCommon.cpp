@@ -1,7 +1,11 @@
 #include "tables/TIAxTCommon.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
+#include <utility>
 
 #include "hw/LittleEndian.h"
 #include "hw/Platform.h"
@@ -10,152 +14,189 @@
 
 namespace {
 
-/// One command's bytes, read by its layout.
-class Command {
- public:
-  explicit Command(unsigned char* bytes) : bytes_(bytes), layout_(FindLayout(bytes[0])) {}
+/// A field of a command: the offset is known when the kind and form are.
+template <CommandField field>
+uint64_t LoadField(const unsigned char* bytes) {
+  if constexpr (field.bytes == 1) return bytes[field.offset];
+  if constexpr (field.bytes == 2) return Load16(bytes + field.offset);
+  if constexpr (field.bytes == 4) return Load32(bytes + field.offset);
+  if constexpr (field.bytes == 8) return Load64(bytes + field.offset);
+  if constexpr (field.bytes == 0) return 0;
+}
 
-  /// False for an unknown kind, and for a form that the kind does not have.
-  bool HasLayout() const { return layout_ != nullptr; }
-  bool IsKnownKind() const { return FindKind(bytes_[0]) != nullptr; }
-  uint8_t Kind() const { return KindOf(bytes_[0]); }
-  bool IsIndexed() const { return layout_->form == kFormIndexData; }
-  unsigned Width() const { return WidthOf(bytes_[0]); }
-  uint16_t Control() const { return Load16(bytes_ + kControlOffset); }
-  bool ArgumentMode() const { return (Control() & kArgumentMode) != 0; }
-
-  uint32_t Address() const { return Load32Field(layout_->address); }
-  uint16_t Port() const { return static_cast<uint16_t>(Address()); }
-  uint16_t DataPort() const { return static_cast<uint16_t>(Load32Field(layout_->second)); }
-  uint8_t Register() const { return static_cast<uint8_t>(Load32Field(layout_->third)); }
-  /// One past the last register, in 16 bits: beyond 255 the pair goes on with register 0.
-  uint16_t EndRegister() const { return static_cast<uint16_t>(Width() + Register()); }
-  uint8_t SlaveAddress() const { return bytes_[layout_->address.offset]; }
-  uint8_t CommandByte() const { return bytes_[layout_->second.offset]; }
-  uint8_t Bus() const { return bytes_[layout_->address.offset]; }
-  uint8_t Device() const { return bytes_[layout_->second.offset]; }
-  uint8_t Function() const { return bytes_[layout_->third.offset]; }
-  uint16_t PciRegister() const { return Load16(bytes_ + layout_->reg.offset); }
-
-  uint64_t AndMask() const { return LoadField(layout_->andMask); }
-  uint64_t OrMask() const { return LoadField(layout_->orMask); }
-  void KeepOrMask(uint64_t value) { Store32(bytes_ + layout_->orMask.offset, static_cast<uint32_t>(value)); }
-  uint32_t Expected() const { return Load32Field(layout_->expected); }
-  /// The part of a value that is compared with the expected one.
-  uint32_t Narrow(uint64_t value) const {
-    return layout_->valueBytes == sizeof(uint16_t) ? static_cast<uint16_t>(value) : static_cast<uint32_t>(value);
-  }
-  uint32_t Argument() const { return Load32Field(layout_->argument); }
-  bool NamesArgument(unsigned count) const { return ArgumentMode() && Argument() < count; }
-
-  /// Microseconds to wait: the count, or in argument mode the argument index itself, in the command's unit.
-  uint64_t Delay(unsigned count) const {
-    // The index is the time, not the content of the slot; this is meant.
-    const uint64_t time = NamesArgument(count) ? Argument() : Load32Field(layout_->count);
-    switch (bytes_[layout_->unit.offset]) {
-      case kMicroseconds:
-        return time;
-      case kMilliseconds:
-        return time * 1000;
-      case kSeconds:
-        return time * 1000000;
-      default:
-        return 0;
-    }
-  }
-
- private:
-  uint32_t Load32Field(CommandField field) const { return static_cast<uint32_t>(LoadField(field)); }
-  uint64_t LoadField(CommandField field) const {
-    const unsigned char* at = bytes_ + field.offset;
-    switch (field.bytes) {
-      case 1:
-        return *at;
-      case 2:
-        return Load16(at);
-      case 4:
-        return Load32(at);
-      case 8:
-        return Load64(at);
-      default:
-        return 0;
-    }
-  }
-
-  unsigned char* bytes_;
-  const CommandLayout* layout_;
-};
+/// The AND, then the OR step, as far as the control word asks for them in the direction.
+uint64_t Masked(uint64_t value, uint16_t control, uint64_t andMask, uint64_t orMask, uint8_t direction) {
+  if ((control & (direction == 0 ? kGetAnd : kSetAnd)) != 0) value &= andMask;
+  if ((control & (direction == 0 ? kGetOr : kSetOr)) != 0) value |= orMask;
+  return value;
+}
 
 void Wait(uint64_t microseconds) {
   constexpr uint64_t kLongestSleep = 0xFFFFFFFF;
-  if (microseconds == 0) return;
   for (; microseconds > kLongestSleep; microseconds -= kLongestSleep) platform::SleepMicroseconds(kLongestSleep);
   platform::SleepMicroseconds(static_cast<uint32_t>(microseconds));
 }
 
-void ReadSmbus(TSMBus& smbus, const Command& command, void* value) {
-  auto* bytes = static_cast<unsigned char*>(value);
-  if (command.Width() == 1) smbus.ReadSmbusByte(command.SlaveAddress(), bytes, command.CommandByte(), 1);
-  if (command.Width() == 2) smbus.ReadSmbusWord(command.SlaveAddress(), bytes, command.CommandByte(), 1);
-}
+/// One command of a known kind and form: the bytes, read by that row of the layouts.
+template <size_t row>
+class Command {
+ public:
+  static constexpr CommandLayout kLayout = kCommandLayouts[row];
+  static constexpr bool kIsIndexed = kLayout.form == kFormIndexData;
+  static constexpr bool kIsDelay = kLayout.kind == kCommandDelay;
 
-void WriteSmbus(TSMBus& smbus, const Command& command, void* value) {
-  auto* bytes = static_cast<unsigned char*>(value);
-  if (command.Width() == 1) smbus.WriteSmbusByte(command.SlaveAddress(), bytes, command.CommandByte(), 1);
-  if (command.Width() == 2) smbus.WriteSmbusWord(command.SlaveAddress(), bytes, command.CommandByte(), 1);
-}
+  explicit Command(unsigned char* bytes) : bytes_(bytes) {}
 
-/// The one place that reads: the low bytes of the result are what was read, the rest 0.
-uint64_t Fetch(TReadWrite& rw, TSMBus& smbus, const Command& command) {
-  uint64_t value = 0;
-  switch (command.Kind()) {
-    case kCommandMemory:
-      rw.MemoryReadBlock(command.Address(), &value, command.Width());
-      break;
-    case kCommandPort:
-      if (command.IsIndexed())
-        rw.IoIndexReadBlock(command.Port(), command.DataPort(), command.Register(), &value, command.EndRegister());
-      else
-        rw.IoBaseReadBlock(command.Port(), &value, command.Width());
-      break;
-    case kCommandMsr:
-      value = rw.rdmsr_on_cpu(command.Address());
-      break;
-    case kCommandSmbus:
-      ReadSmbus(smbus, command, &value);
-      break;
-    case kCommandPci:
-      // What is read is not taken; the value stays 0. This is the contract.
-      rw.PciReadDword(command.Bus(), command.Device(), command.Function(), command.PciRegister());
-      break;
-    default:
-      break;
+  bool ArgumentMode() const { return (Control() & kArgumentMode) != 0; }
+  uint32_t Argument() const { return static_cast<uint32_t>(LoadField<kLayout.argument>(bytes_)); }
+  bool NamesArgument(unsigned count) const { return ArgumentMode() && Argument() < count; }
+  bool IsExpected(uint64_t value) const {
+    const uint64_t expected = LoadField<kLayout.expected>(bytes_);
+    if constexpr (kLayout.valueBytes == sizeof(uint16_t)) return static_cast<uint16_t>(value) == expected;
+    return static_cast<uint32_t>(value) == expected;
   }
-  return value;
+  uint64_t Masked(uint64_t value, uint8_t direction) const {
+    return ::Masked(value, Control(), LoadField<kLayout.andMask>(bytes_), LoadField<kLayout.orMask>(bytes_), direction);
+  }
+  /// The argument with itself as the OR mask, which the table keeps from then on.
+  uint64_t KeepAndMask(uint64_t argument, uint8_t direction) const {
+    Store32(bytes_ + kLayout.orMask.offset, static_cast<uint32_t>(argument));
+    return ::Masked(argument, Control(), LoadField<kLayout.andMask>(bytes_), argument, direction);
+  }
+
+  /// What is read is in the low bytes of the result; the rest, and all of it after a failure, is 0.
+  uint64_t Fetch(TReadWrite& rw, TSMBus& smbus) const {
+    uint64_t value = 0;
+    if constexpr (kLayout.kind == kCommandMemory) rw.MemoryReadBlock(Address(), &value, Width());
+    if constexpr (kLayout.kind == kCommandPort && !kIsIndexed) rw.IoBaseReadBlock(Port(), &value, Width());
+    if constexpr (kIsIndexed) rw.IoIndexReadBlock(Port(), DataPort(), Register(), &value, EndRegister());
+    if constexpr (kLayout.kind == kCommandMsr) value = rw.rdmsr_on_cpu(Address());
+    if constexpr (kLayout.kind == kCommandSmbus) {
+      if (Width() == 1) smbus.ReadSmbusByte(Slave(), Bytes(&value), CommandByte(), 1);
+      if (Width() == 2) smbus.ReadSmbusWord(Slave(), Bytes(&value), CommandByte(), 1);
+    }
+    // What is read from configuration space is not taken; the value stays 0. This is the contract.
+    if constexpr (kLayout.kind == kCommandPci) rw.PciReadDword(Bus(), Device(), Function(), PciRegister());
+    return value;
+  }
+
+  void Store(TReadWrite& rw, TSMBus& smbus, uint64_t value) const {
+    if constexpr (kLayout.kind == kCommandMemory) rw.MemoryWriteBlock(Address(), &value, Width());
+    if constexpr (kLayout.kind == kCommandPort && !kIsIndexed) rw.IoBaseWriteBlock(Port(), &value, Width());
+    if constexpr (kIsIndexed) rw.IoIndexWriteBlock(Port(), DataPort(), Register(), &value, EndRegister());
+    if constexpr (kLayout.kind == kCommandSmbus) {
+      if (Width() == 1) smbus.WriteSmbusByte(Slave(), Bytes(&value), CommandByte(), 1);
+      if (Width() == 2) smbus.WriteSmbusWord(Slave(), Bytes(&value), CommandByte(), 1);
+    }
+    if constexpr (kLayout.kind == kCommandPci)
+      rw.PciWriteDword(Bus(), Device(), Function(), PciRegister(), static_cast<uint32_t>(value));
+  }
+
+  void Delay(unsigned count) const {
+    // In argument mode the index is the time, not the content of the slot; this is meant.
+    const uint64_t time = NamesArgument(count) ? Argument() : LoadField<kLayout.count>(bytes_);
+    switch (LoadField<kLayout.unit>(bytes_)) {
+      case kMicroseconds:
+        return Wait(time);
+      case kMilliseconds:
+        return Wait(time * 1000);
+      case kSeconds:
+        return Wait(time * 1000000);
+      default:
+        return;
+    }
+  }
+
+ private:
+  unsigned Width() const { return WidthOf(bytes_[0]); }
+  uint16_t Control() const { return Load16(bytes_ + kControlOffset); }
+  uint32_t Address() const { return static_cast<uint32_t>(LoadField<kLayout.address>(bytes_)); }
+  uint16_t Port() const { return static_cast<uint16_t>(Address()); }
+  uint16_t DataPort() const { return static_cast<uint16_t>(LoadField<kLayout.second>(bytes_)); }
+  uint8_t Register() const { return static_cast<uint8_t>(LoadField<kLayout.third>(bytes_)); }
+  /// One past the last register; the registers of a command do not wrap.
+  uint16_t EndRegister() const { return static_cast<uint16_t>(Width() + Register()); }
+  uint8_t Slave() const { return static_cast<uint8_t>(Address()); }
+  uint8_t CommandByte() const { return static_cast<uint8_t>(LoadField<kLayout.second>(bytes_)); }
+  uint8_t Bus() const { return static_cast<uint8_t>(Address()); }
+  uint8_t Device() const { return static_cast<uint8_t>(LoadField<kLayout.second>(bytes_)); }
+  uint8_t Function() const { return static_cast<uint8_t>(LoadField<kLayout.third>(bytes_)); }
+  uint16_t PciRegister() const { return static_cast<uint16_t>(LoadField<kLayout.reg>(bytes_)); }
+  static unsigned char* Bytes(uint64_t* value) { return reinterpret_cast<unsigned char*>(value); }
+
+  unsigned char* bytes_;
+};
+
+/// What runs a command of one kind and form; arguments as those of IAxTRW, but the bytes themselves.
+using Runner = int (*)(const TIAxTCommon& executor, unsigned char* bytes, uint8_t direction, unsigned long long* args,
+                       uint8_t count);
+
+template <size_t row>
+int Read(const TIAxTCommon& executor, unsigned char* bytes, uint8_t direction, unsigned long long* args,
+         uint8_t count) {
+  const Command<row> command(bytes);
+  if constexpr (command.kIsDelay) {
+    command.Delay(count);
+    return 0;
+  }
+  if (executor.ReadWrite == nullptr) return 0;
+  const uint64_t value = command.Masked(command.Fetch(*executor.ReadWrite, *executor.SMBus), direction);
+  args[command.NamesArgument(count) ? command.Argument() : 0] = value;
+  return command.ArgumentMode() || command.IsExpected(value);
 }
 
-void Store(TReadWrite& rw, TSMBus& smbus, const Command& command, uint64_t value) {
-  switch (command.Kind()) {
-    case kCommandMemory:
-      rw.MemoryWriteBlock(command.Address(), &value, command.Width());
-      break;
-    case kCommandPort:
-      if (command.IsIndexed())
-        rw.IoIndexWriteBlock(command.Port(), command.DataPort(), command.Register(), &value, command.EndRegister());
-      else
-        rw.IoBaseWriteBlock(command.Port(), &value, command.Width());
-      break;
-    case kCommandSmbus:
-      WriteSmbus(smbus, command, &value);
-      break;
-    case kCommandPci:
-      rw.PciWriteDword(command.Bus(), command.Device(), command.Function(), command.PciRegister(),
-                       static_cast<uint32_t>(value));
-      break;
-    default:
-      break;
+template <size_t row>
+int Write(const TIAxTCommon& executor, unsigned char* bytes, uint8_t direction, unsigned long long* args,
+          uint8_t count) {
+  const Command<row> command(bytes);
+  if constexpr (command.kIsDelay) {
+    command.Delay(count);
+    return 1;
   }
+  if (executor.ReadWrite == nullptr) return 1;
+  if (!command.NamesArgument(count)) {
+    const uint64_t value = command.Fetch(*executor.ReadWrite, *executor.SMBus);
+    command.Store(*executor.ReadWrite, *executor.SMBus, command.Masked(value, direction));
+    return 1;
+  }
+  uint64_t value = args[command.Argument()];
+  // Through a pair, the table keeps the last value written as its OR mask; this is meant.
+  if constexpr (command.kIsIndexed) value = command.KeepAndMask(value, direction);
+  command.Store(*executor.ReadWrite, *executor.SMBus, value);
+  return 1;
 }
+
+int ReadUnknown(const TIAxTCommon&, unsigned char* bytes, uint8_t, unsigned long long*, uint8_t) {
+  if (FindKind(*bytes) == nullptr) std::puts("IAxTRead::UNKNOWN INTERFACE !!");
+  return 0;
+}
+
+/// Model-specific registers can only be read.
+int WriteUnknown(const TIAxTCommon&, unsigned char* bytes, uint8_t, unsigned long long*, uint8_t) {
+  if (FindKind(*bytes) == nullptr || KindOf(*bytes) == kCommandMsr) std::puts("IAxTWrite::UNKNOWN INTERFACE !!");
+  return 1;
+}
+
+constexpr uint8_t kOpcodeMask = kKindMask | kFormMask;
+
+/// Who runs a command, by the kind and form bits of its opcode.
+struct Runners {
+  std::array<Runner, kOpcodeMask + 1> read, write;
+};
+constexpr Runners kRunners = []<size_t... row>(std::index_sequence<row...>) {
+  Runners runners{};
+  runners.read.fill(ReadUnknown);
+  runners.write.fill(WriteUnknown);
+  const auto enter = [&](uint8_t opcode, const CommandLayout& layout, Runner read, Runner write) {
+    if (!layout.Fits(opcode)) return;
+    runners.read[opcode] = read;
+    if (layout.kind != kCommandMsr) runners.write[opcode] = write;
+  };
+  for (uint8_t opcode = 0; opcode <= kOpcodeMask; ++opcode)
+    (enter(opcode, kCommandLayouts[row], Read<row>, Write<row>), ...);
+  return runners;
+}
+(std::make_index_sequence<std::size(kCommandLayouts)>());
 
 }  // namespace
 
@@ -177,66 +218,28 @@ TIAxTCommon::TIAxTCommon() : ReadWrite(TReadWrite::GetInstance()), SMBus(TSMBus:
 
 int TIAxTCommon::IAxTRW(unsigned char** command, unsigned char direction, unsigned long long* args,
                         unsigned char count) {
-  const uint16_t control = Load16(*command + kControlOffset);
-  if ((control & (direction == 0 ? kGetWrites : kSetWrites)) != 0) {
-    IAxTWrite(command, direction, args, count);
-    return 1;
-  }
-  if ((control & (direction == 0 ? kGetReads : kSetReads)) == 0) return 1;
-  return IAxTRead(command, direction, args, count);
+  unsigned char* bytes = *command;
+  const uint16_t control = Load16(bytes + kControlOffset);
+  const bool writes = (control & (direction == 0 ? kGetWrites : kSetWrites)) != 0;
+  const bool reads = (control & (direction == 0 ? kGetReads : kSetReads)) != 0;
+  if (!writes && !reads) return 1;
+  return (writes ? kRunners.write : kRunners.read)[*bytes & kOpcodeMask](*this, bytes, direction, args, count);
 }
 
 int TIAxTCommon::IAxTRead(unsigned char** command, unsigned char direction, unsigned long long* args,
                           unsigned char count) {
-  const Command current(*command);
-  if (!current.HasLayout()) {
-    if (!current.IsKnownKind()) std::puts("IAxTRead::UNKNOWN INTERFACE !!");
-    return 0;
-  }
-  if (current.Kind() == kCommandDelay) {
-    Wait(current.Delay(count));
-    return 0;
-  }
-  if (ReadWrite == nullptr) return 0;
-  unsigned long long value = Fetch(*ReadWrite, *SMBus, current);
-  AndOrProcess(current.Control(), current.AndMask(), current.OrMask(), direction, &value);
-  const bool named = current.NamesArgument(count);
-  args[named ? current.Argument() : 0] = value;
-  return named || CompareGetValue(current.Narrow(value), current.Expected(), current.ArgumentMode());
+  return kRunners.read[**command & kOpcodeMask](*this, *command, direction, args, count);
 }
 
 void TIAxTCommon::IAxTWrite(unsigned char** command, unsigned char direction, unsigned long long* args,
                             unsigned char count) {
-  Command current(*command);
-  if (!current.IsKnownKind() || current.Kind() == kCommandMsr) {
-    std::puts("IAxTWrite::UNKNOWN INTERFACE !!");
-    return;
-  }
-  if (!current.HasLayout() || ReadWrite == nullptr) return;
-  if (current.Kind() == kCommandDelay) {
-    Wait(current.Delay(count));
-    return;
-  }
-  unsigned long long value;
-  if (!current.NamesArgument(count)) {
-    value = Fetch(*ReadWrite, *SMBus, current);
-    AndOrProcess(current.Control(), current.AndMask(), current.OrMask(), direction, &value);
-  } else {
-    value = args[current.Argument()];
-    if (current.Kind() == kCommandPort && current.IsIndexed()) {
-      // The table keeps the last value written through it as its OR mask; this is meant.
-      current.KeepOrMask(value);
-      AndOrProcess(current.Control(), current.AndMask(), value, direction, &value);
-    }
-  }
-  Store(*ReadWrite, *SMBus, current, value);
+  kRunners.write[**command & kOpcodeMask](*this, *command, direction, args, count);
 }
 
 unsigned long long TIAxTCommon::AndOrProcess(unsigned short control, unsigned long long andMask,
                                              unsigned long long orMask, unsigned char direction,
                                              unsigned long long* value) {
-  if ((control & (direction == 0 ? kGetAnd : kSetAnd)) != 0) *value &= andMask;
-  if ((control & (direction == 0 ? kGetOr : kSetOr)) != 0) *value |= orMask;
+  *value = Masked(*value, control, andMask, orMask, direction);
   return *value;
 }
 

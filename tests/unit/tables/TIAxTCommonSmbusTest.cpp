@@ -39,7 +39,7 @@ TSMBusCfg Controller() {
 class SmbusKind : public Executor {
  protected:
   SmbusKind() {
-    executor->SMBus->Record = Controller();
+    static_cast<TSMBusCfg&>(*executor->SMBus) = Controller();
     board.Ports(kStatus, {0, 0, 0, 0x34, 0x12, 0});
   }
 
