@@ -60,6 +60,11 @@ struct alignas(32) CommandLayout {
   CommandField reg;      ///< PCI register offset
   CommandField andMask, orMask, expected, argument;
   CommandField unit, count;  ///< of delays
+
+  /// Whether the kind and form bits of an opcode are this row's.
+  constexpr bool Fits(size_t opcode) const {
+    return kind == (opcode & kKindMask) && (form == 0 || form == (opcode & kFormMask));
+  }
 };
 
 // clang-format off
@@ -86,8 +91,7 @@ inline constexpr auto kLayoutsByOpcode = [] {
   std::array<CommandLayout, 64> layouts{};
   for (size_t opcode = 0; opcode < layouts.size(); ++opcode)
     for (const CommandLayout& row : kCommandLayouts)
-      if (row.kind == (opcode & kKindMask) && (row.form == 0 || row.form == (opcode & kFormMask)))
-        layouts[opcode] = row;
+      if (row.Fits(opcode)) layouts[opcode] = row;
   return layouts;
 }();
 }  // namespace detail
