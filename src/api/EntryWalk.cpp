@@ -24,8 +24,16 @@ bool CommandCursor::StepsByKind(uint8_t opcode) {
   return kind != nullptr && kind->steps;
 }
 
+/// A command whose form does not fit its kind needs the bytes of the shortest of the kind, so that padding behind a
+/// block (zeros are such a command) ends the call and is not repeated for ever. One that cannot be stepped over for its
+/// kind needs only its opcode and control word.
+int64_t CommandCursor::ReachWithoutLayout(uint8_t opcode) {
+  return StepsByKind(opcode) ? int64_t{FindKind(opcode)->length} : int64_t{kCommandPrefixBytes};
+}
+
 Ran RunEntry(IadtEntry entry, Direction direction, Slots slots) {
-  for (CommandCursor cursor(entry); !cursor.AtEnd();) {
+  CommandCursor cursor(entry);
+  while (!cursor.AtEnd()) {
     if (!cursor.Fits()) return Ran::kUnknownKind;
     if (IAxTCommon->IAxTRW(cursor.Command(), direction, slots.values, slots.count) == 0) return Ran::kFailed;
     if (cursor.Advance() == CommandCursor::Step::kImpossible) return Ran::kUnknownKind;
@@ -36,8 +44,7 @@ Ran RunEntry(IadtEntry entry, Direction direction, Slots slots) {
 void RunSensorCommand(IadtEntry entry, uint8_t offset, unsigned long long* value) {
   unsigned char* command = entry.Record() + offset;
   const size_t kept = entry.KeptBytes() - offset;
-  const CommandLayout* layout = FindLayout(*command);
-  if (kept >= (layout != nullptr ? layout->length : kCommandPrefixBytes)) {
+  if (kept >= kLongestCommand) {
     IAxTCommon->IAxTRW(&command, kGet, value, 1);
     return;
   }

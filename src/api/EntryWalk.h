@@ -35,7 +35,7 @@ class CommandCursor {
   bool Fits() {
     if (remaining_ <= 0) return false;
     layout_ = FindLayout(*command_);
-    return (layout_ != nullptr ? layout_->length : kPrefixBytes) <= remaining_;
+    return (layout_ != nullptr ? layout_->length : ReachWithoutLayout(*command_)) <= remaining_;
   }
   unsigned char** Command() { return &command_; }
   /// Null when the kind is unknown or has no such form.
@@ -53,9 +53,7 @@ class CommandCursor {
 
  private:
   static bool StepsByKind(uint8_t opcode);
-
-  /// What a command needs that accesses nothing: its form is not one of its kind's, or its kind is unknown.
-  static constexpr int64_t kPrefixBytes = kCommandPrefixBytes;
+  static int64_t ReachWithoutLayout(uint8_t opcode);
 
   unsigned char* command_;
   int64_t remaining_;

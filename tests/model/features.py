@@ -73,6 +73,14 @@ MSR_BYTES = 35
 PREFIX_BYTES = 3
 
 
+def reach(command):
+    """Bytes that must lie inside the record; of the shortest of its kind when the form is not one of the kind's."""
+    if (command.kind, command.form) == (MSR, 1):
+        return MSR_BYTES
+    shortest = min((step for (kind, _), step in STEPS.items() if kind == command.kind), default=0)
+    return STEPS.get((command.kind, command.form), shortest)
+
+
 class Unbounded(Exception):
     """The call would repeat one command for ever."""
 
@@ -166,8 +174,7 @@ class Library:
         if left < PREFIX_BYTES:
             raise UnknownAccess
         command = Command(body, at)
-        needed = MSR_BYTES if (command.kind, command.form) == (MSR, 1) else STEPS.get((command.kind, command.form), 0)
-        if left < needed:
+        if left < reach(command):
             raise UnknownAccess
 
     @staticmethod
