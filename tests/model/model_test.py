@@ -127,7 +127,7 @@ class Features(unittest.TestCase):
             library(entry(5, 0, 7, "070000" + "00" * 25)).call("VynLibGetLVDSState", 2)
 
     def test_padding_behind_a_block_ends_the_call(self):
-        board = library(entry(5, 0, 7, "05800080000000" + "00" * 21 + "00" * 5))
+        board = library(entry(5, 0, 7, "050000" + "00" * 25 + "00" * 5))
         self.assertEqual(board.call("VynLibGetLVDSState", 2), (0, 0xFF))
         self.assertEqual(board.code, 21)
 
