@@ -48,17 +48,17 @@ extern "C" {
 #define VYNLIB_OK 0
 #define VYNLIB_ERROR_NOT_INITIALISED 1 /* also: the I/O privilege level could not be raised */
 #define VYNLIB_ERROR_SELECTOR 12
-#define VYNLIB_ERROR_KIND 13           /* VynLibGetWhichIOToBeUse: kind not 1 to 26 */
-#define VYNLIB_ERROR_NO_ID_ENTRY 16    /* no identifying entry of that name */
+#define VYNLIB_ERROR_KIND 13        /* VynLibGetWhichIOToBeUse: kind not 1 to 26 */
+#define VYNLIB_ERROR_NO_ID_ENTRY 16 /* no identifying entry of that name */
 #define VYNLIB_ERROR_NO_BOARD_RECORD 17
-#define VYNLIB_ERROR_NO_IO_NUMBER 18   /* the chip was found but has no I/O number */
+#define VYNLIB_ERROR_NO_IO_NUMBER 18    /* the chip was found but has no I/O number */
 #define VYNLIB_ERROR_CHIP_NOT_LISTED 19 /* the chip is none of those in the board record */
-#define VYNLIB_ERROR_ID_COMMAND 20     /* a command of the identifying entry failed */
-#define VYNLIB_ERROR_UNKNOWN_ACCESS 21 /* a command of a kind that a command list cannot step over */
+#define VYNLIB_ERROR_ID_COMMAND 20      /* a command of the identifying entry failed */
+#define VYNLIB_ERROR_UNKNOWN_ACCESS 21  /* a command of a kind that a command list cannot step over */
 
 /* Families: the high byte of all other codes. */
 #define VYNLIB_FAMILY(code) ((unsigned)((code) >> 8) & 0xFFu)
-#define VYNLIB_SUB(code) ((unsigned)((code) & 0xFFu))
+#define VYNLIB_SUB(code) ((unsigned)((code)&0xFFu))
 #define VYNLIB_FAMILY_COM_TYPE 0x02
 #define VYNLIB_FAMILY_VOLTAGE 0x03
 #define VYNLIB_FAMILY_TEMPERATURE 0x04
@@ -112,7 +112,8 @@ VYNLIB_API uint64_t VynLibDllGetLastError(void);
  * Get: stores 0xFF, then the value of the first entry whose state the hardware is in.
  * Set: runs the entry with that value; later entries of the same value are fallbacks.
  * Indexed functions take the instance (which COM port, which I/O group) first.
- * Codes of all: 0, 1, 12, 21, family << 8 (not offered); reading 0x01; setting 0x02 and 0x04; indexed reading also 0x04.
+ * Codes of all: 0, 1, 12, 21, family << 8 (not offered); reading 0x01; setting 0x02 and 0x04; indexed reading also
+ * 0x04.
  */
 
 /* COM port type, family 0x02. */
@@ -204,7 +205,8 @@ VYNLIB_API int VynLibGetVoltage(const char* name, float* volts, uint8_t selector
  * kind are read after a wait of 5 ms. A negative reading with a fraction comes out as -10 + 0.5 = -9.5.
  */
 VYNLIB_API int VynLibGetTemperature(const char* name, float* celsius, uint8_t selector);
-/* Revolutions per minute; a missing or stalled fan reads 0, with success. 0x506: no such name. 0x501: reads all ones. */
+/* Revolutions per minute; a missing or stalled fan reads 0, with success. 0x506: no such name. 0x501: reads all ones.
+ */
 VYNLIB_API int VynLibGetFanSpeed(const char* name, uint16_t* rpm, uint8_t selector);
 /* Tenths of the firmware's unit, times 0.1 (amperes on most boards). 0x1A05: no such name. 0x1A04: reads 0. */
 VYNLIB_API int VynLibGetCurrent(const char* name, float* value, uint8_t selector);

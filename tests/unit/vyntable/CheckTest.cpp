@@ -93,7 +93,8 @@ TEST(CheckRecord, FindsEntriesThatAlwaysSucceed) {
 
 TEST(CheckRecord, FindsMissingWatchdogOperations) {
   IadtBuilder builder;
-  for (const uint8_t value : std::initializer_list<uint8_t>{1, 2, 3, 5}) builder.Feature("Watchdog", value, {Command::Port(0x443).Set(0, value)});
+  for (const uint8_t value : std::initializer_list<uint8_t>{1, 2, 3, 5})
+    builder.Feature("Watchdog", value, {Command::Port(0x443).Set(0, value)});
   EXPECT_THAT(Iadt(builder), ElementsAre("36 warning the watchdog has no entry for operation 4"));
 }
 
