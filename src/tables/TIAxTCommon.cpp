@@ -114,7 +114,7 @@ class Command {
   uint16_t Port() const { return static_cast<uint16_t>(Address()); }
   uint16_t DataPort() const { return static_cast<uint16_t>(LoadField<kLayout.second>(bytes_)); }
   uint8_t Register() const { return static_cast<uint8_t>(LoadField<kLayout.third>(bytes_)); }
-  /// One past the last register; the registers of a command do not wrap.
+  /// One past the last register, in 16 bits: beyond 255 the pair goes on with register 0.
   uint16_t EndRegister() const { return static_cast<uint16_t>(Width() + Register()); }
   uint8_t Slave() const { return static_cast<uint8_t>(Address()); }
   uint8_t CommandByte() const { return static_cast<uint8_t>(LoadField<kLayout.second>(bytes_)); }

@@ -79,7 +79,7 @@ TEST_F(Fits, WhenAllBytesOfTheCommandBelongToTheEntry) {
     size_t bytes;
   };
   for (const Case& each : {Case{0x01, 28}, Case{0x05, 28}, Case{0x06, 36}, Case{0x09, 35}, Case{0x0D, 21},
-                           Case{0x11, 29}, Case{0x14, 15}, Case{0x19, 3}, Case{0x02, 3}}) {
+                           Case{0x11, 29}, Case{0x14, 15}, Case{0x19, 3}, Case{0x02, 28}}) {
     for (const bool whole : {false, true}) {
       const size_t bytes = whole ? each.bytes : each.bytes - 1;
       const IadtEntry entry = StartWith({Command::Raw(Bytes(bytes, 0)).Byte(0, each.opcode)});

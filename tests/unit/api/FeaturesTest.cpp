@@ -345,12 +345,17 @@ TEST_F(Features, TakeAFlaggedReadInAFormThatTheKindDoesNotHaveForAFailedEntry) {
   EXPECT_THAT(board.Log(), ElementsAre(In8(0x300, 1)));
 }
 
-TEST_F(Features, AskOfAFormThatTheKindDoesNotHaveOnlyItsOpcodeAndControlWord) {
-  iadt.Feature("LVDSState", 7, {Command::Raw({0x02, 0x80, 0x00})}).Feature("LVDSState", 8, {});
-  Start();
-  uint8_t state = 0;
-  EXPECT_EQ(VynLibGetLVDSState(&state, 2), 1);
-  EXPECT_EQ(state, 8);
+TEST_F(Features, EndWithCode21AtPaddingBehindTheirCommands) {
+  board.Ports(0x300, {1});
+  for (const size_t padding : {size_t{1}, size_t{8}, size_t{27}}) {
+    iadt.Feature("LVDSState", 7, {PortIs(0x300, 1), Command::Raw(Bytes(padding, 0))}).Feature("LVDSState", 8, {});
+    Start();
+    uint8_t state = 0;
+    EXPECT_EQ(VynLibGetLVDSState(&state, 2), 0) << padding;
+    EXPECT_EQ(TakeCode(), 21u) << padding;
+    EXPECT_EQ(state, 0xFF);
+    StartOver();
+  }
 }
 
 TEST_F(Features, ShareTheAccumulatorBetweenEntries) {

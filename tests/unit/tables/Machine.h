@@ -53,7 +53,8 @@ struct Number {
 inline Bytes Join(std::initializer_list<Number> numbers) {
   Bytes bytes;
   for (const Number& number : numbers)
-    for (unsigned i = 0; i < number.size; ++i) bytes.push_back(static_cast<uint8_t>(number.value >> (8 * i)));
+    for (unsigned i = 0; i < number.size; ++i)
+      bytes.push_back(static_cast<uint8_t>(i < 8 ? number.value >> (8 * i) : 0));
   return bytes;
 }
 
