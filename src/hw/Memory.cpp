@@ -101,7 +101,8 @@ struct Search {
   uint32_t Skip(const uint8_t* from, uint64_t candidates) const {
     if (step != 1 || patternLength == 0) return 0;
     const void* next = std::memchr(from, *pattern, candidates);
-    return static_cast<uint32_t>(next != nullptr ? static_cast<const uint8_t*>(next) - from : candidates - 1);
+    if (next == nullptr) return static_cast<uint32_t>(candidates - 1);
+    return static_cast<uint32_t>(static_cast<const uint8_t*>(next) - from);
   }
 
   bool Matches(const uint8_t* at) const {
