@@ -1,4 +1,5 @@
 // Running arbitrary commands, as an entry and as a sensor record, over a machine with arbitrary answers.
+#include <algorithm>
 #include <vector>
 
 #include "api/EntryWalk.h"
@@ -18,10 +19,10 @@ constexpr uint8_t kCommandOffsets[] = {27, 29, 30, 31, 48};
 
 /// A record with this type and sub-type around the given body.
 std::vector<uint8_t> Record(uint8_t type, uint8_t subType, std::span<const uint8_t> body) {
-  std::vector<uint8_t> record(iadt::kBody);
+  std::vector<uint8_t> record(iadt::kBody + body.size());
   record[iadt::kType] = type;
   record[iadt::kValue] = subType;
-  record.insert(record.end(), body.begin(), body.end());
+  std::copy(body.begin(), body.end(), record.begin() + iadt::kBody);
   Store32(record.data() + iadt::kLength, static_cast<uint32_t>(record.size()));
   return record;
 }
