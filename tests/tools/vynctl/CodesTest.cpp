@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+
 #include "Features.h"
 
 namespace vynctl {
@@ -15,16 +17,16 @@ TEST(WordsFor, NamesFamilyAndReason) {
 }
 
 TEST(WordsFor, HasWordsForEveryGlobalCode) {
-  for (uint64_t code : {0, 1, 12, 13, 16, 17, 18, 19, 20, 21}) {
+  for (uint64_t code : std::initializer_list<uint64_t>{0, 1, 12, 13, 16, 17, 18, 19, 20, 21}) {
     EXPECT_EQ(std::string::npos, WordsFor(code).find("unknown code")) << code;
   }
 }
 
 TEST(WordsFor, HasWordsForEveryCodeOfTheSensorsTheWatchdogAndTheFans) {
-  for (uint64_t code :
-       {0x300,  0x301,  0x302,  0x304,  0x305,  0x306,  0x400,  0x404,  0x405,  0x407,  0x500,  0x501,
-        0x505,  0x506,  0x1A00, 0x1A03, 0x1A04, 0x1A05, 0x1700, 0x1701, 0x1702, 0x1703, 0x1704, 0x1705,
-        0x1706, 0x1707, 0x1708, 0x1709, 0x170A, 0x1800, 0x1801, 0x1802, 0x1803, 0x1804, 0x1805, 0x1806}) {
+  for (uint64_t code : std::initializer_list<uint64_t>{
+           0x300,  0x301,  0x302,  0x304,  0x305,  0x306,  0x400,  0x404,  0x405,  0x407,  0x500,  0x501,
+           0x505,  0x506,  0x1A00, 0x1A03, 0x1A04, 0x1A05, 0x1700, 0x1701, 0x1702, 0x1703, 0x1704, 0x1705,
+           0x1706, 0x1707, 0x1708, 0x1709, 0x170A, 0x1800, 0x1801, 0x1802, 0x1803, 0x1804, 0x1805, 0x1806}) {
     EXPECT_EQ(std::string::npos, WordsFor(code).find("unknown")) << std::hex << code;
   }
 }
@@ -32,7 +34,7 @@ TEST(WordsFor, HasWordsForEveryCodeOfTheSensorsTheWatchdogAndTheFans) {
 TEST(WordsFor, HasWordsForEveryFeature) {
   for (const Feature& feature : Features()) {
     ASSERT_NE(nullptr, FamilyName(feature.family)) << feature.name;
-    for (uint64_t code : {0x00, 0x01, 0x02, 0x04}) {
+    for (uint64_t code : std::initializer_list<uint64_t>{0x00, 0x01, 0x02, 0x04}) {
       EXPECT_EQ(std::string::npos, WordsFor((uint64_t{feature.family} << 8) | code).find("unknown")) << feature.name;
     }
   }
@@ -46,10 +48,11 @@ TEST(WordsFor, AdmitsThatItDoesNotKnow) {
 }
 
 TEST(MeansUnavailable, TellsMissingFromBroken) {
-  for (uint64_t code : {0x300, 0xE00, 0x305, 0x405, 0x506, 0x1A05, 0x1707, 0x1806, 0x10}) {
+  for (uint64_t code :
+       std::initializer_list<uint64_t>{0x300, 0xE00, 0x305, 0x405, 0x506, 0x1A05, 0x1707, 0x1806, 0x10}) {
     EXPECT_TRUE(MeansUnavailable(code)) << std::hex << code;
   }
-  for (uint64_t code : {0x301, 0x601, 0x204, 0x1702, 0x15, 0x01})
+  for (uint64_t code : std::initializer_list<uint64_t>{0x301, 0x601, 0x204, 0x1702, 0x15, 0x01})
     EXPECT_FALSE(MeansUnavailable(code)) << std::hex << code;
 }
 

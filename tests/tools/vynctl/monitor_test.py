@@ -39,7 +39,7 @@ class Terminal:
     def type(self, keys):
         os.write(self.leader, keys.encode())
 
-    def read_until(self, found, limit=20):
+    def read_until(self, found, limit=60):
         """Reads until `found(output)` holds."""
         end = time.monotonic() + limit
         while not found(self.output):
@@ -53,7 +53,7 @@ class Terminal:
 
     def close(self):
         """Everything that is still to be read, and the exit status."""
-        status = self.process.wait(timeout=20)
+        status = self.process.wait(timeout=60)
         while select.select([self.leader], [], [], 0)[0]:
             self.output += os.read(self.leader, 65536).decode()
         self.after = termios.tcgetattr(self.follower)
@@ -159,7 +159,7 @@ class Stream(tool.Case):
                                   stdout=subprocess.PIPE, text=True, env=tool.environment())
         self.validated(stream.stdout.readline())
         stream.send_signal(signal.SIGINT)
-        stream.communicate(timeout=20)
+        stream.communicate(timeout=60)
         self.assertEqual(0, stream.returncode)
 
 

@@ -2,8 +2,11 @@
 import json
 import os
 import pathlib
+import re
+import signal
 import subprocess
 import tempfile
+import time
 import unittest
 
 import jsonschema
@@ -21,6 +24,18 @@ def environment(**changes):
     env.update((name, value) for name, value in os.environ.items() if name.endswith("SAN_OPTIONS"))
     env.update(changes)
     return {name: value for name, value in env.items() if value is not None}
+
+
+def await_signal_handling(process, seconds=60):
+    """Returns when the process has taken over the handling of SIGTERM."""
+    bit = 1 << (signal.SIGTERM - 1)
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        status = pathlib.Path(f"/proc/{process.pid}/status").read_text()
+        if int(re.search(r"^SigBlk:\s+(\w+)", status, re.MULTILINE).group(1), 16) & bit:
+            return
+        time.sleep(0.01)
+    raise AssertionError("the process does not handle signals")
 
 
 class Case(unittest.TestCase):
