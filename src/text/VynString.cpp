@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kGranule = 32;
 /// Keeps every capacity within what memcpy_s copies at once.
-constexpr size_t kLongest = RSIZE_MAX_MEM - 2 * kGranule;
+constexpr size_t kLongest = RSIZE_MAX_MEM - size_t{2} * kGranule;
 
 int TextLength(const char* text) { return text ? static_cast<int>(strnlen(text, kLongest)) : 0; }
 
@@ -166,7 +166,10 @@ VynString& VynString::operator=(const char* text) {
   CopyBuffer(text);
   return *this;
 }
-VynString& VynString::operator=(const VynString& other) { return *this = other.buffer_; }
+VynString& VynString::operator=(const VynString& other) {
+  if (this == &other) return *this = VynString(other);
+  return *this = other.buffer_;
+}
 VynString& VynString::operator=(const std::string& text) { return *this = text.c_str(); }
 
 VynString& VynString::operator+=(const char* text) {
