@@ -13,8 +13,10 @@ int main(int argc, char** argv) {
   int count = 0;
   for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
     std::ifstream file(entry.path(), std::ios::binary);
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-    LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+    std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+    const size_t size = bytes.size();
+    bytes.reserve(size + 1);  // an empty input is no null pointer either
+    LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.data()), size);
     ++count;
   }
   std::printf("%d inputs replayed\n", count);
