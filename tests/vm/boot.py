@@ -48,6 +48,8 @@ def arguments():
     parser.add_argument("--program", type=pathlib.Path, action="append", default=[], help="further program of the guest")
     parser.add_argument("--library", type=pathlib.Path, action="append", default=[], help="library under test")
     parser.add_argument("--tables", type=pathlib.Path, help="directory of the compiled firmware tables")
+    parser.add_argument("--kernel", default="linux-image-cloud-amd64", help="meta package of the kernel")
+    parser.add_argument("--module", action="append", default=["msr"], help="further kernel module of the guest")
     parser.add_argument("--kernel-cache", type=pathlib.Path, required=True)
     parser.add_argument("--results", type=pathlib.Path, required=True)
     parser.add_argument("--limit", type=int, default=150, help="seconds")
@@ -55,9 +57,9 @@ def arguments():
 
 
 def run(options, scratch):
-    image = kernel.image(options.kernel_cache)
+    image, modules = kernel.cached(options.kernel_cache, options.kernel)
     init = pathlib.Path(__file__).parent / "guest/init"
-    archive = initramfs.build(scratch / "root", kernel.modules(options.kernel_cache), init,
+    archive = initramfs.build(scratch / "root", modules, options.module, init,
                               [options.test, *options.program], options.library)
     tables = machine_tables(options.tables, scratch)
     return machine.Machine(scratch).run(image, archive, options.test.name, tables, options.limit)

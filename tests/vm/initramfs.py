@@ -1,11 +1,10 @@
-"""The guest's initial file system: BusyBox, one kernel module, the programs under test and what they link with."""
+"""The guest's initial file system: BusyBox, kernel modules, the programs under test and what they link with."""
 import pathlib
 import re
 import shutil
 import subprocess
 
 APPLETS = ("sh", "mount", "modprobe", "poweroff", "sleep", "cat", "ls")
-MODULE = "kernel/arch/x86/kernel/msr.ko"
 PROGRAM_DIR = "usr/bin"
 LIBRARY_DIR = "usr/lib/vynlib"
 
@@ -26,11 +25,15 @@ def add_busybox(root):
         (root / "bin" / applet).symlink_to("busybox")
 
 
-def add_module(root, modules):
-    """The MSR driver, where modprobe finds it; it depends on no other module."""
+def add_modules(root, modules, names):
+    """The named modules, and those they depend on, where modprobe finds them."""
     target = root / "lib/modules" / modules.name
-    copy(modules / MODULE, target / MODULE)
-    (target / "modules.dep").write_text(MODULE + ":\n")
+    copy(modules / "modules.dep", target / "modules.dep")
+    for line in (target / "modules.dep").read_text().splitlines():
+        module, _, others = line.partition(":")
+        if pathlib.Path(module).stem in names:
+            for path in (module, *others.split()):
+                copy(modules / path, target / path)
 
 
 def add_binary(root, binary, directory):
@@ -43,12 +46,12 @@ def add_binary(root, binary, directory):
             copy(library, root / str(library).lstrip("/"))
 
 
-def build(root, modules, init, programs, libraries):
-    """Fills the empty directory `root` and returns the archive made of it."""
+def build(root, modules, names, init, programs, libraries):
+    """Fills the empty directory `root` with the modules of these names and the rest, and returns the archive of it."""
     for directory in ("dev", "proc", "sys", "tmp", "bin"):
         (root / directory).mkdir(parents=True)
     add_busybox(root)
-    add_module(root, modules)
+    add_modules(root, modules, names)
     copy(init, root / "init")
     for program in programs:
         add_binary(root, program, PROGRAM_DIR)

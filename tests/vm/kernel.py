@@ -1,31 +1,57 @@
 #!/usr/bin/env python3
-"""Unpacks Debian's stock cloud kernel into a cache directory, without installing it.
+"""Unpacks what a boot needs of one of Debian's stock kernels into a cache directory, without installing it.
 
-usage: kernel.py CACHE_DIR        prints the path of the kernel image
+usage: kernel.py CACHE_DIR META_PACKAGE        prints the path of the kernel image
 """
 import pathlib
 import re
 import subprocess
 import sys
+import tarfile
+import tempfile
 
-META_PACKAGE = "linux-image-cloud-amd64"
+WANTED = re.compile(r"\./(boot/vmlinuz-|lib/modules/[^/]+/kernel/(arch/x86/kernel|drivers/i2c)/).+")
 
 
 def run(*command, cwd=None):
     return subprocess.run(command, cwd=cwd, check=True, capture_output=True, text=True).stdout
 
 
-def kernel_package():
+def kernel_package(meta_package):
     """The package that the meta package stands for today."""
-    depends = run("apt-cache", "depends", META_PACKAGE)
+    depends = run("apt-cache", "depends", meta_package)
     return re.search(r"Depends: (linux-image-\S+)", depends).group(1)
 
 
-def download(cache):
-    run("apt-get", "download", kernel_package(), cwd=cache)
-    for package in sorted(cache.glob("*.deb")):
-        run("dpkg-deb", "-x", str(package), str(cache / "root"))
-        package.unlink()
+def unpack(package, root):
+    """Extracts the image and the wanted modules; whole, the modules of a kernel take some 300 MB."""
+    command = ["dpkg-deb", "--fsys-tarfile", str(package)]
+    with subprocess.Popen(command, stdout=subprocess.PIPE) as unpacker:
+        with tarfile.open(fileobj=unpacker.stdout, mode="r|") as archive:
+            for member in archive:
+                if WANTED.match(member.name):
+                    archive.extract(member, root)
+        unpacker.stdout.read()  # what pads the archive
+    if unpacker.returncode != 0:
+        raise subprocess.CalledProcessError(unpacker.returncode, command)
+
+
+def files(root):
+    """The kernel image under `root`, and the root of the modules that belong to it."""
+    image, = root.glob("boot/vmlinuz-*")
+    return image, root / "lib/modules" / image.name.removeprefix("vmlinuz-")
+
+
+def download(meta_package, target):
+    """Fills `target`, which comes into being only when it is complete."""
+    with tempfile.TemporaryDirectory(dir=target.parent) as scratch:
+        scratch = pathlib.Path(scratch)
+        run("apt-get", "download", kernel_package(meta_package), cwd=scratch)
+        package, = scratch.glob("*.deb")
+        root = scratch / "root"
+        unpack(package, root)
+        run("busybox", "depmod", "-b", str(root), files(root)[1].name)
+        root.rename(target)
 
 
 def update_lists():
@@ -33,24 +59,18 @@ def update_lists():
     run(*sudo, "apt-get", "update")
 
 
-def image(cache):
-    """Path of the kernel image, downloaded when the cache holds none."""
+def cached(cache, meta_package):
+    """Paths of the kernel image and of its modules' root, downloaded when the cache holds none."""
     cache.mkdir(parents=True, exist_ok=True)
-    pattern = "root/boot/vmlinuz-*"
-    if not list(cache.glob(pattern)):
+    root = cache / meta_package
+    if not root.exists():
         try:
-            download(cache)
+            download(meta_package, root)
         except (subprocess.CalledProcessError, AttributeError):
             update_lists()  # Package lists that are missing or out of date name no file that can be had.
-            download(cache)
-    return sorted(cache.glob(pattern))[-1]
-
-
-def modules(cache):
-    """Root of the modules that belong to the kernel image."""
-    release = image(cache).name.removeprefix("vmlinuz-")
-    return cache / "root/lib/modules" / release
+            download(meta_package, root)
+    return files(root)
 
 
 if __name__ == "__main__":
-    print(image(pathlib.Path(sys.argv[1])))
+    print(cached(pathlib.Path(sys.argv[1]), sys.argv[2])[0])

@@ -17,11 +17,10 @@ namespace {
 
 constexpr uint16_t kNvramIndex = 0x70, kNvramData = 0x71;
 
-// ICH9 SMBus host controller: function 0:1f.3, registers from its I/O base.
-const char* const kSmbusFunction = "0000:00:1f.3";
+// ICH9 SMBus host controller: registers from its I/O base.
 constexpr unsigned kSmbusBaseRegister = 0x20;
 constexpr uint16_t kStatus = 0, kControl = 2, kCommand = 3, kAddress = 4, kData = 5;
-constexpr uint8_t kClearAll = 0xFF, kStartByteData = 0x48, kBusy = 0x01, kDone = 0x02;
+constexpr uint8_t kClearAll = 0xFF, kStartByteData = 0x48, kBusy = 0x01, kDone = 0x02, kOutcome = 0x9E;
 
 uint16_t SmbusBase() {
   static const auto base = static_cast<uint16_t>(PciDword(kSmbusFunction, kSmbusBaseRegister) & 0xFFE0);
@@ -113,6 +112,8 @@ void SetSmbus(uint8_t slave, uint8_t reg, uint8_t value) {
   Out8(SmbusBase() + kData, value);
   if (!SmbusTransaction(slave & 0xFE, reg)) throw std::runtime_error("no SMBus slave answers");
 }
+
+bool SmbusIsIdle() { return (In8(SmbusBase() + kStatus) & (kBusy | kOutcome)) == 0; }
 
 std::vector<uint8_t> HostMemory(uint32_t address, unsigned count) {
   const std::string digits = AskHost("memory " + std::to_string(address) + " " + std::to_string(count));

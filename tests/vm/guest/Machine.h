@@ -22,12 +22,19 @@ void Out32(uint16_t port, uint32_t value);
 uint8_t Nvram(uint8_t reg);
 void SetNvram(uint8_t reg, uint8_t value);
 
+/// The SMBus host controller, as PciDword names it, and its configuration register.
+inline constexpr const char* kSmbusFunction = "0000:00:1f.3";
+inline constexpr unsigned kSmbusConfiguration = 0x40;
+
 /// A dword of PCI configuration space, by the kernel's files.
 uint32_t PciDword(const std::string& function, unsigned reg);
 
 /// A byte register of an SMBus slave, driven straight through the ICH9 host controller. -1 when no slave answers.
 int Smbus(uint8_t slave, uint8_t reg);
 void SetSmbus(uint8_t slave, uint8_t reg, uint8_t value);
+
+/// Whether the ICH9 host controller is at rest: not busy, and no outcome of a transaction left to be cleared.
+bool SmbusIsIdle();
 
 /// Bytes of physical memory as the host reads them from outside the machine.
 std::vector<uint8_t> HostMemory(uint32_t address, unsigned count);

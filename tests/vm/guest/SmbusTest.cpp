@@ -4,8 +4,6 @@
 namespace {
 constexpr uint8_t kEeprom = 0xA0;
 constexpr uint8_t kEmptyAddress = 0xC0;
-constexpr unsigned kHostConfiguration = 0x40;
-constexpr const char* kSmbusFunction = "0000:00:1f.3";
 }  // namespace
 
 TEST(SmbusByte, GetReadsTheEeprom) {
@@ -61,9 +59,9 @@ TEST(SmbusMissingSlave, LeavesTheControllerUsable) {
 }
 
 TEST(SmbusTransaction, PutsTheControllersConfigurationBack) {
-  const uint32_t before = guest::PciDword(kSmbusFunction, kHostConfiguration);
+  const uint32_t before = guest::PciDword(guest::kSmbusFunction, guest::kSmbusConfiguration);
   uint8_t state = 0;
   EXPECT_EQ(0, VynLibDetectTbCIOPlug(&state, 2));
   EXPECT_EQ(1, VynLibSetIntelPwrSolutionState(1, 2));
-  EXPECT_EQ(before, guest::PciDword(kSmbusFunction, kHostConfiguration));
+  EXPECT_EQ(before, guest::PciDword(guest::kSmbusFunction, guest::kSmbusConfiguration));
 }
