@@ -35,23 +35,23 @@ Ran RunEntry(IadtEntry entry, Direction direction, Slots slots) {
   CommandCursor cursor(entry);
   while (!cursor.AtEnd()) {
     if (!cursor.Fits()) return Ran::kUnknownKind;
-    if (IAxTCommon->IAxTRW(cursor.Command(), direction, slots.values, slots.count) == 0) return Ran::kFailed;
+    if (RunCommand(*IAxTCommon, cursor.Command(), direction, slots.data(), static_cast<uint8_t>(slots.size())) == 0)
+      return Ran::kFailed;
     if (cursor.Advance() == CommandCursor::Step::kImpossible) return Ran::kUnknownKind;
   }
   return Ran::kDone;
 }
 
 void RunSensorCommand(IadtEntry entry, uint8_t offset, unsigned long long* value) {
-  unsigned char* command = entry.Record() + offset;
+  unsigned char* const command = entry.Record() + offset;
   const size_t kept = entry.KeptBytes() - offset;
   if (kept >= kLongestCommand) {
-    IAxTCommon->IAxTRW(&command, kGet, value, 1);
+    RunCommand(*IAxTCommon, command, kGet, value, 1);
     return;
   }
   unsigned char copy[kLongestCommand] = {};
   std::memcpy(copy, command, kept);
-  unsigned char* copied = copy;
-  IAxTCommon->IAxTRW(&copied, kGet, value, 1);
+  RunCommand(*IAxTCommon, copy, kGet, value, 1);
   std::memcpy(command, copy, kept);  // a command may keep a value in its own masks
 }
 

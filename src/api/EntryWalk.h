@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "tables/AccessCommand.h"
 #include "tables/TIADTable.h"
@@ -11,11 +12,8 @@ namespace api {
 
 enum Direction : uint8_t { kGet = 0, kSet = 1 };
 
-/// The caller's argument slots of one call.
-struct Slots {
-  unsigned long long* values;
-  uint8_t count;
-};
+/// The caller's argument slots of one call, at most 255.
+using Slots = std::span<unsigned long long>;
 
 enum class Ran {
   kDone,         ///< every command succeeded, or there are none
@@ -37,7 +35,7 @@ class CommandCursor {
     layout_ = FindLayout(*command_);
     return (layout_ != nullptr ? layout_->length : ReachWithoutLayout(*command_)) <= remaining_;
   }
-  unsigned char** Command() { return &command_; }
+  unsigned char* Command() const { return command_; }
   /// Null when the kind is unknown or has no such form.
   const CommandLayout* Layout() const { return layout_; }
 
@@ -52,8 +50,9 @@ class CommandCursor {
   }
 
  private:
-  static bool StepsByKind(uint8_t opcode);
-  static int64_t ReachWithoutLayout(uint8_t opcode);
+  // Out of line: hardly a command goes here, and every other one would have to save registers for it.
+  [[gnu::noinline, gnu::cold]] static bool StepsByKind(uint8_t opcode);
+  [[gnu::noinline, gnu::cold]] static int64_t ReachWithoutLayout(uint8_t opcode);
 
   unsigned char* command_;
   int64_t remaining_;

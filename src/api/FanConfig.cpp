@@ -54,7 +54,7 @@ std::optional<uint8_t> CountArguments(IadtEntry entry) {
   for (CommandCursor cursor(entry); !cursor.AtEnd();) {
     if (!cursor.Fits() || cursor.Layout() == nullptr) return {};
     const CommandLayout& layout = *cursor.Layout();
-    const uint32_t argument = Load32(*cursor.Command() + layout.argument.offset);
+    const uint32_t argument = Load32(cursor.Command() + layout.argument.offset);
     if (cursor.Advance() != CommandCursor::Step::kMoved) return {};
     if (layout.kind != kCommandDelay && argument != kNoArgument) named.set(argument & 0xFF);
   }

@@ -28,14 +28,23 @@ int Decline(const FeatureRow& row, uint8_t selector) {
   return Fail(Code(row.differs.absentFamily.value_or(row.family), kAbsent));
 }
 
+/// What a walk needs of a row, taken before the result is written: the compiler must take a byte that a caller points
+/// at for one that may be anywhere, also in the row.
+struct Candidates {
+  explicit Candidates(const FeatureRow& row)
+      : entries(Entries(row.list)), failed(row.failedCode), none(row.noEntryCode) {}
+
+  IadtList entries;
+  uint64_t failed, none;  ///< codes
+};
+
 /// One walk serves readings and settings: `wants(entry)` picks the candidates, `done(entry)` takes the first one whose
 /// commands succeed. The accumulator is shared by all entries of a call.
 template <typename Wants, typename Done>
-int Walk(const FeatureRow& row, Direction direction, Wants wants, Done done) {
-  const uint64_t failed = Code(row.family, row.failed);
+int Walk(const Candidates& candidates, Direction direction, Wants wants, Done done) {
   unsigned long long accumulator = 0;
-  LastErrorCode = Code(row.family, row.noEntry);
-  for (const IadtEntry entry : Entries(row.list)) {
+  LastErrorCode = candidates.none;
+  for (const IadtEntry entry : candidates.entries) {
     if (!wants(entry)) continue;
     const Ran ran = RunEntry(entry, direction, {&accumulator, 1});
     if (ran == Ran::kUnknownKind) return Fail(kUnknownAccess);
@@ -43,48 +52,51 @@ int Walk(const FeatureRow& row, Direction direction, Wants wants, Done done) {
       done(entry);
       return Succeed();
     }
-    LastErrorCode = failed;  // a later candidate is a fallback
+    LastErrorCode = candidates.failed;  // a later candidate is a fallback
   }
   return 0;
 }
 
 template <typename Wants>
-int ReadWhere(const FeatureRow& row, uint8_t* target, uint8_t selector, Wants wanted) {
+int ReadWhere(uint8_t* target, uint8_t selector, const FeatureRow& row, Wants wanted) {
   if (!Begins(row, selector)) return Decline(row, selector);
-  const Result<uint8_t> result(target);
+  const Candidates candidates(row);
+  const Result<uint8_t> result(target), cleared(row.differs.clearsResult ? target : nullptr);
   result = kNoReading;
-  const auto wants = [&](IadtEntry entry) {
+  const auto wants = [=](IadtEntry entry) {
     if (!wanted(entry)) return false;
-    if (row.differs.clearsResult) result = 0;
+    cleared = 0;
     return true;
   };
-  return Walk(row, kGet, wants, [&](IadtEntry entry) { result = entry.Value(); });
+  return Walk(candidates, kGet, wants, [=](IadtEntry entry) { result = entry.Value(); });
 }
 
 template <typename Wants>
-int WriteWhere(const FeatureRow& row, uint8_t selector, Wants wants) {
+int WriteWhere(uint8_t selector, const FeatureRow& row, Wants wants) {
   if (!Begins(row, selector)) return Decline(row, selector);
-  return Walk(row, kSet, wants, [](IadtEntry) {});
+  return Walk(Candidates(row), kSet, wants, [](IadtEntry) {});
 }
 
-int Read(const FeatureRow& row, uint8_t* result, uint8_t selector) {
-  return ReadWhere(row, result, selector, [](IadtEntry) { return true; });
+// The row comes last in these, so that a function's own arguments are where they go.
+
+int Read(uint8_t* result, uint8_t selector, const FeatureRow& row) {
+  return ReadWhere(result, selector, row, [](IadtEntry) { return true; });
 }
 
-int Read(const FeatureRow& row, uint8_t index, uint8_t* result, uint8_t selector) {
-  return ReadWhere(row, result, selector, [=](IadtEntry entry) { return entry.Index() == index; });
+int Read(uint8_t index, uint8_t* result, uint8_t selector, const FeatureRow& row) {
+  return ReadWhere(result, selector, row, [=](IadtEntry entry) { return entry.Index() == index; });
 }
 
-int Write(const FeatureRow& row, uint8_t value, uint8_t selector) {
-  return WriteWhere(row, selector, [=](IadtEntry entry) { return entry.Value() == value; });
+int Write(uint8_t value, uint8_t selector, const FeatureRow& row) {
+  return WriteWhere(selector, row, [=](IadtEntry entry) { return entry.Value() == value; });
 }
 
-int Write(const FeatureRow& row, uint8_t index, uint8_t value, uint8_t selector) {
-  return WriteWhere(row, selector, [=](IadtEntry entry) { return entry.Index() == index && entry.Value() == value; });
+int Write(uint8_t index, uint8_t value, uint8_t selector, const FeatureRow& row) {
+  return WriteWhere(selector, row, [=](IadtEntry entry) { return entry.Index() == index && entry.Value() == value; });
 }
 
 /// All entries are visited: those that succeed are counted, and each sets the bit of its index when its value is odd.
-int ReadVersion(const FeatureRow& row, uint16_t* target, uint8_t selector) {
+int ReadVersion(uint16_t* target, uint8_t selector, const FeatureRow& row) {
   if (!Begins(row, selector)) return Decline(row, selector);
   const Result<uint16_t> result(target);
   result = kNoVersion;
@@ -98,7 +110,7 @@ int ReadVersion(const FeatureRow& row, uint16_t* target, uint8_t selector) {
     ++count;
     bits = static_cast<uint8_t>(bits | (entry.Value() & 1u) << (entry.Index() & 31));
   }
-  if (count == 0) return Fail(Code(row.family, row.failed));
+  if (count == 0) return Fail(row.failedCode);
   result = static_cast<uint16_t>(count * 256 + bits);
   return Succeed();
 }
@@ -106,81 +118,81 @@ int ReadVersion(const FeatureRow& row, uint16_t* target, uint8_t selector) {
 }  // namespace
 
 int VynLibGetComType(uint8_t index, uint8_t* result, uint8_t selector) {
-  return Read(Row<kIndexedRead>(__func__), index, result, selector);
+  return Read(index, result, selector, Row<kIndexedRead>(__func__));
 }
 int VynLibSetComType(uint8_t index, uint8_t value, uint8_t selector) {
-  return Write(Row<kIndexedWrite>(__func__), index, value, selector);
+  return Write(index, value, selector, Row<kIndexedWrite>(__func__));
 }
-int VynLibGetLVDSState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibSetLVDSState(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
-int VynLibGetLVDSType(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibSetLVDSType(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
-int VynLibBacklightCtrl(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
-int VynLibGetMFGState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibGetOnboardTPMState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibSetOnboardTPMState(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
+int VynLibGetLVDSState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibSetLVDSState(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
+int VynLibGetLVDSType(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibSetLVDSType(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
+int VynLibBacklightCtrl(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
+int VynLibGetMFGState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibGetOnboardTPMState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibSetOnboardTPMState(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
 int VynLibGetMEDescriptorState(uint8_t* result, uint8_t selector) {
-  return Read(Row<kRead>(__func__), result, selector);
+  return Read(result, selector, Row<kRead>(__func__));
 }
 int VynLibSetMEDescriptorState(uint8_t value, uint8_t selector) {
-  return Write(Row<kWrite>(__func__), value, selector);
+  return Write(value, selector, Row<kWrite>(__func__));
 }
 int VynLibGetPcieBandwidthMode(uint8_t* result, uint8_t selector) {
-  return Read(Row<kRead>(__func__), result, selector);
+  return Read(result, selector, Row<kRead>(__func__));
 }
-int VynLibGetUsbPwrState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibSetUsbPwrState(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
-int VynLibGetBTState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibSetBTState(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
-int VynLibGetWifiState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibSetWifiState(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
-int VynLibGetOTPState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibSetOTPState(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
-int VynLibGetATModeState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
+int VynLibGetUsbPwrState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibSetUsbPwrState(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
+int VynLibGetBTState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibSetBTState(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
+int VynLibGetWifiState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibSetWifiState(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
+int VynLibGetOTPState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibSetOTPState(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
+int VynLibGetATModeState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
 int VynLibGetIntelPwrSolutionState(uint8_t* result, uint8_t selector) {
-  return Read(Row<kRead>(__func__), result, selector);
+  return Read(result, selector, Row<kRead>(__func__));
 }
 int VynLibSetIntelPwrSolutionState(uint8_t value, uint8_t selector) {
-  return Write(Row<kWrite>(__func__), value, selector);
+  return Write(value, selector, Row<kWrite>(__func__));
 }
-int VynLibDetectTbCIOPlug(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibGetTbFRCPowerState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
+int VynLibDetectTbCIOPlug(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibGetTbFRCPowerState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
 int VynLibMBVersionState(uint16_t* result, uint8_t selector) {
-  return ReadVersion(Row<kVersion>(__func__), result, selector);
+  return ReadVersion(result, selector, Row<kVersion>(__func__));
 }
 int VynLibGetDigitalIOState(uint8_t index, uint8_t* result, uint8_t selector) {
-  return Read(Row<kIndexedRead>(__func__), index, result, selector);
+  return Read(index, result, selector, Row<kIndexedRead>(__func__));
 }
 int VynLibSetDigitalIOState(uint8_t index, uint8_t value, uint8_t selector) {
-  return Write(Row<kIndexedWrite>(__func__), index, value, selector);
+  return Write(index, value, selector, Row<kIndexedWrite>(__func__));
 }
 int VynLibGetDioConfig(uint8_t index, uint8_t* result, uint8_t selector) {
-  return Read(Row<kIndexedRead>(__func__), index, result, selector);
+  return Read(index, result, selector, Row<kIndexedRead>(__func__));
 }
 int VynLibSetDioConfig(uint8_t index, uint8_t value, uint8_t selector) {
-  return Write(Row<kIndexedWrite>(__func__), index, value, selector);
+  return Write(index, value, selector, Row<kIndexedWrite>(__func__));
 }
-int VynLibGetDioEnPin(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibSetDioEnPin(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
-int VynLibGetUserLEDState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibSetUserLEDState(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
+int VynLibGetDioEnPin(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibSetDioEnPin(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
+int VynLibGetUserLEDState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibSetUserLEDState(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
 int VynLibGetUserLEDColor(uint8_t index, uint8_t* result, uint8_t selector) {
-  return Read(Row<kIndexedRead>(__func__), index, result, selector);
+  return Read(index, result, selector, Row<kIndexedRead>(__func__));
 }
 int VynLibSetUserLEDColor(uint8_t index, uint8_t value, uint8_t selector) {
-  return Write(Row<kIndexedWrite>(__func__), index, value, selector);
+  return Write(index, value, selector, Row<kIndexedWrite>(__func__));
 }
-int VynLibGetJGPIOPowerState(uint8_t* result, uint8_t selector) { return Read(Row<kRead>(__func__), result, selector); }
-int VynLibSetJGPIOPowerState(uint8_t value, uint8_t selector) { return Write(Row<kWrite>(__func__), value, selector); }
+int VynLibGetJGPIOPowerState(uint8_t* result, uint8_t selector) { return Read(result, selector, Row<kRead>(__func__)); }
+int VynLibSetJGPIOPowerState(uint8_t value, uint8_t selector) { return Write(value, selector, Row<kWrite>(__func__)); }
 int VynLibGetCOMPowerState(uint8_t index, uint8_t* result, uint8_t selector) {
-  return Read(Row<kIndexedRead>(__func__), index, result, selector);
+  return Read(index, result, selector, Row<kIndexedRead>(__func__));
 }
 int VynLibSetCOMPowerState(uint8_t index, uint8_t value, uint8_t selector) {
-  return Write(Row<kIndexedWrite>(__func__), index, value, selector);
+  return Write(index, value, selector, Row<kIndexedWrite>(__func__));
 }
 int VynLibGetDbgLedColor(uint8_t index, uint8_t* result, uint8_t selector) {
-  return Read(Row<kIndexedRead>(__func__), index, result, selector);
+  return Read(index, result, selector, Row<kIndexedRead>(__func__));
 }
 int VynLibSetDbgLedColor(uint8_t index, uint8_t value, uint8_t selector) {
-  return Write(Row<kIndexedWrite>(__func__), index, value, selector);
+  return Write(index, value, selector, Row<kIndexedWrite>(__func__));
 }

@@ -95,13 +95,14 @@ bool TReadWrite::IoIndexWriteDword(unsigned short indexPort, unsigned short data
 
 bool TReadWrite::IoIndexReadBlock(unsigned short indexPort, unsigned short dataPort, unsigned char startIndex,
                                   void* buffer, unsigned short endIndex) {
-  if (!CheckPrivilege()) return false;
+  unsigned int n = startIndex;
+  if (n >= endIndex) return CheckPrivilege();
   auto* bytes = static_cast<uint8_t*>(buffer);
-  for (unsigned int n = startIndex; n < endIndex; ++n) {
-    if (!CheckPrivilege()) return false;
+  do {
+    if (!CheckPrivilege()) return false;  // before each byte
     platform::Out8(indexPort, static_cast<uint8_t>(n));
     *bytes++ = platform::In8(dataPort);
-  }
+  } while (++n < endIndex);
   return true;
 }
 

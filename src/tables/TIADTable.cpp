@@ -50,7 +50,7 @@ TIADTable::~TIADTable() {
 
 void TIADTable::FreeList(unsigned list) {
   for (unsigned char* node = Slots[list]; node != nullptr;) {
-    unsigned char* next = IadtEntry::LoadPointer(node + iadt::LinkOffset(list));
+    unsigned char* next = IadtEntry::LoadPointer(node + iadt::kLinkOffsets[list]);
     if (iadt::kKeptBytes[list] == 0) delete[] IadtEntry::LoadPointer(node + iadt::kBody);
     delete[] node;
     node = next;
@@ -79,7 +79,7 @@ bool TIADTable::File(const unsigned char* record, uint32_t recordLength, int64_t
   if (tails_[list] == nullptr) {
     Slots[list] = node;
   } else {
-    StorePointer(tails_[list] + iadt::LinkOffset(list), node);
+    StorePointer(tails_[list] + iadt::kLinkOffsets[list], node);
   }
   tails_[list] = node;
   return true;
@@ -89,7 +89,7 @@ unsigned char* TIADTable::NewNode(unsigned list, const unsigned char* record, ui
                                   int64_t available) {
   constexpr auto kHeaderBytes = static_cast<int64_t>(iadt::kBody);
   const int64_t keptBytes = iadt::kKeptBytes[list];
-  const size_t nodeBytes = iadt::LinkOffset(list) + iadt::kPointerBytes;
+  const size_t nodeBytes = iadt::kLinkOffsets[list] + iadt::kPointerBytes;
   const uint64_t needed = nodeBytes + (keptBytes == 0 ? recordLength : 0);
   if (needed > budget_) return nullptr;
   budget_ -= needed;

@@ -52,7 +52,12 @@ inline constexpr auto kKeptBytes = [] {
 }();
 
 /// Where a node's link lies: behind the kept bytes and, in ordinary nodes, the body pointer.
-constexpr size_t LinkOffset(unsigned list) { return kKeptBytes[list] != 0 ? kKeptBytes[list] : kBody + kPointerBytes; }
+inline constexpr auto kLinkOffsets = [] {
+  std::array<uint8_t, kSlots> offsets{};
+  for (unsigned list = 0; list < kSlots; ++list)
+    offsets[list] = kKeptBytes[list] != 0 ? kKeptBytes[list] : kBody + kPointerBytes;
+  return offsets;
+}();
 
 /// The list of a record; 0 for types and sub-types that are not understood.
 unsigned ListOf(uint8_t type, uint8_t subType);
@@ -63,7 +68,7 @@ unsigned ListOf(uint8_t type, uint8_t subType);
 /// body, then the link to the next node.
 class IadtEntry {
  public:
-  IadtEntry(unsigned char* node, size_t keptBytes) : node_(node), keptBytes_(keptBytes) {}
+  IadtEntry(unsigned char* node, size_t list) : node_(node), list_(list) {}
 
   uint8_t Index() const { return node_[iadt::kIndex]; }
   uint8_t Value() const { return node_[iadt::kValue]; }
@@ -75,7 +80,7 @@ class IadtEntry {
   unsigned char* Body() const { return LoadPointer(node_ + iadt::kBody); }
   /// Of a sensor node: the record bytes and how many of them were kept.
   unsigned char* Record() const { return node_; }
-  size_t KeptBytes() const { return keptBytes_; }
+  size_t KeptBytes() const { return iadt::kKeptBytes[list_]; }
 
   static unsigned char* LoadPointer(const unsigned char* from) {
     unsigned char* pointer;
@@ -85,7 +90,7 @@ class IadtEntry {
 
  private:
   unsigned char* node_;
-  size_t keptBytes_;
+  size_t list_;
 };
 
 /// One list in firmware order, for range-based for.
@@ -93,26 +98,26 @@ class IadtList {
  public:
   class Iterator {
    public:
-    Iterator(unsigned char* node, unsigned list) : node_(node), list_(list) {}
-    IadtEntry operator*() const { return {node_, iadt::kKeptBytes[list_]}; }
+    Iterator(unsigned char* node, size_t list) : node_(node), list_(list) {}
+    IadtEntry operator*() const { return {node_, list_}; }
     Iterator& operator++() {
-      node_ = IadtEntry::LoadPointer(node_ + iadt::LinkOffset(list_));
+      node_ = IadtEntry::LoadPointer(node_ + iadt::kLinkOffsets[list_]);
       return *this;
     }
     bool operator!=(const Iterator& other) const { return node_ != other.node_; }
 
    private:
     unsigned char* node_;
-    unsigned list_;
+    size_t list_;
   };
 
-  IadtList(unsigned char* head, unsigned list) : head_(head), list_(list) {}
+  IadtList(unsigned char* head, size_t list) : head_(head), list_(list) {}
   Iterator begin() const { return {head_, list_}; }
   Iterator end() const { return {nullptr, list_}; }
 
  private:
   unsigned char* head_;
-  unsigned list_;
+  size_t list_;
 };
 
 /// The function description table, cut into one singly linked list per record type and sub-type.

@@ -64,9 +64,9 @@ class Command {
     return ::Masked(argument, Control(), LoadField<kLayout.andMask>(bytes_), argument, direction);
   }
 
-  /// What is read is in the low bytes of the result; the rest, and all of it after a failure, is 0.
-  uint64_t Fetch(TReadWrite& rw, TSMBus& smbus) const {
-    uint64_t value = 0;
+  /// What is read is in the low bytes of `value`; the rest, and all of it after a failure, is 0.
+  void Fetch(TReadWrite& rw, TSMBus& smbus, unsigned long long& value) const {
+    value = 0;
     if constexpr (kLayout.kind == kCommandMemory) rw.MemoryReadBlock(Address(), &value, Width());
     if constexpr (kLayout.kind == kCommandPort && !kIsIndexed) rw.IoBaseReadBlock(Port(), &value, Width());
     if constexpr (kIsIndexed) rw.IoIndexReadBlock(Port(), DataPort(), Register(), &value, EndRegister());
@@ -77,10 +77,9 @@ class Command {
     }
     // What is read from configuration space is not taken; the value stays 0. This is the contract.
     if constexpr (kLayout.kind == kCommandPci) rw.PciReadDword(Bus(), Device(), Function(), PciRegister());
-    return value;
   }
 
-  void Store(TReadWrite& rw, TSMBus& smbus, uint64_t value) const {
+  void Store(TReadWrite& rw, TSMBus& smbus, unsigned long long value) const {
     if constexpr (kLayout.kind == kCommandMemory) rw.MemoryWriteBlock(Address(), &value, Width());
     if constexpr (kLayout.kind == kCommandPort && !kIsIndexed) rw.IoBaseWriteBlock(Port(), &value, Width());
     if constexpr (kIsIndexed) rw.IoIndexWriteBlock(Port(), DataPort(), Register(), &value, EndRegister());
@@ -122,7 +121,7 @@ class Command {
   uint8_t Device() const { return static_cast<uint8_t>(LoadField<kLayout.second>(bytes_)); }
   uint8_t Function() const { return static_cast<uint8_t>(LoadField<kLayout.third>(bytes_)); }
   uint16_t PciRegister() const { return static_cast<uint16_t>(LoadField<kLayout.reg>(bytes_)); }
-  static unsigned char* Bytes(uint64_t* value) { return reinterpret_cast<unsigned char*>(value); }
+  static unsigned char* Bytes(unsigned long long* value) { return reinterpret_cast<unsigned char*>(value); }
 
   unsigned char* bytes_;
 };
@@ -140,8 +139,10 @@ int Read(const TIAxTCommon& executor, unsigned char* bytes, uint8_t direction, u
     return 0;
   }
   if (executor.ReadWrite == nullptr) return 0;
-  const uint64_t value = command.Masked(command.Fetch(*executor.ReadWrite, *executor.SMBus), direction);
-  args[command.NamesArgument(count) ? command.Argument() : 0] = value;
+  // Read in place: the slot takes whatever comes of it.
+  unsigned long long& value = args[command.NamesArgument(count) ? command.Argument() : 0];
+  command.Fetch(*executor.ReadWrite, *executor.SMBus, value);
+  value = command.Masked(value, direction);
   return command.ArgumentMode() || command.IsExpected(value);
 }
 
@@ -155,7 +156,8 @@ int Write(const TIAxTCommon& executor, unsigned char* bytes, uint8_t direction, 
   }
   if (executor.ReadWrite == nullptr) return 1;
   if (!command.NamesArgument(count)) {
-    const uint64_t value = command.Fetch(*executor.ReadWrite, *executor.SMBus);
+    unsigned long long value;
+    command.Fetch(*executor.ReadWrite, *executor.SMBus, value);
     command.Store(*executor.ReadWrite, *executor.SMBus, command.Masked(value, direction));
     return 1;
   }
@@ -216,14 +218,20 @@ void TIAxTCommon::FreeInstance() {
 
 TIAxTCommon::TIAxTCommon() : ReadWrite(TReadWrite::GetInstance()), SMBus(TSMBus::GetInstance()) {}
 
+int RunCommand(const TIAxTCommon& executor, unsigned char* command, unsigned char direction, unsigned long long* args,
+               unsigned char count) {
+  const uint16_t control = Load16(command + kControlOffset);
+  const uint8_t opcode = *command & kOpcodeMask;
+  if ((control & (direction == 0 ? kGetWrites : kSetWrites)) != 0)
+    return kRunners.write[opcode](executor, command, direction, args, count);
+  if ((control & (direction == 0 ? kGetReads : kSetReads)) != 0)
+    return kRunners.read[opcode](executor, command, direction, args, count);
+  return 1;
+}
+
 int TIAxTCommon::IAxTRW(unsigned char** command, unsigned char direction, unsigned long long* args,
                         unsigned char count) {
-  unsigned char* bytes = *command;
-  const uint16_t control = Load16(bytes + kControlOffset);
-  const bool writes = (control & (direction == 0 ? kGetWrites : kSetWrites)) != 0;
-  const bool reads = (control & (direction == 0 ? kGetReads : kSetReads)) != 0;
-  if (!writes && !reads) return 1;
-  return (writes ? kRunners.write : kRunners.read)[*bytes & kOpcodeMask](*this, bytes, direction, args, count);
+  return RunCommand(*this, *command, direction, args, count);
 }
 
 int TIAxTCommon::IAxTRead(unsigned char** command, unsigned char direction, unsigned long long* args,

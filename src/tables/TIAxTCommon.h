@@ -41,3 +41,7 @@ class TIAxTCommon {
   int CommandLength(unsigned char opcode);
   bool CompareGetValue(unsigned int a, unsigned int b, bool force);
 };
+
+/// TIAxTCommon::IAxTRW for a command given by its address.
+int RunCommand(const TIAxTCommon& executor, unsigned char* command, unsigned char direction, unsigned long long* args,
+               unsigned char count);

@@ -41,10 +41,10 @@ TEST_F(Advance, MovesByTheLengthOfTheKindAndForm) {
         Case{0x16, 15}, Case{0x17, 15}, Case{0xC1, 28}, Case{0x46, 36}}) {
     const IadtEntry entry = StartWith({Command::Raw(Bytes(40, 0)).Byte(0, each.opcode)});
     CommandCursor cursor(entry);
-    const unsigned char* before = *cursor.Command();
+    const unsigned char* before = cursor.Command();
     EXPECT_TRUE(cursor.Fits());
     EXPECT_EQ(cursor.Advance(), CommandCursor::Step::kMoved);
-    EXPECT_EQ(*cursor.Command() - before, each.length) << int{each.opcode};
+    EXPECT_EQ(cursor.Command() - before, each.length) << int{each.opcode};
     StartOver();
   }
 }
@@ -53,11 +53,11 @@ TEST_F(Advance, StaysAtAFormThatTheKindDoesNotHave) {
   const IadtEntry entry = StartWith({Command::Raw(Bytes(40, 0))});
   for (const int opcode : {0x00, 0x02, 0x03, 0x04, 0x07, 0x0C, 0x0E, 0x0F, 0x10, 0x12, 0x13, 0xC2}) {
     CommandCursor cursor(entry);
-    unsigned char* before = *cursor.Command();
+    unsigned char* before = cursor.Command();
     *before = static_cast<unsigned char>(opcode);
     EXPECT_TRUE(cursor.Fits());
     EXPECT_EQ(cursor.Advance(), CommandCursor::Step::kStays) << opcode;
-    EXPECT_EQ(*cursor.Command(), before);
+    EXPECT_EQ(cursor.Command(), before);
   }
 }
 
@@ -67,7 +67,7 @@ TEST_F(Advance, IsImpossibleForAnMsrOfAnyFormAndForUnknownKinds) {
   for (int opcode = 0x18; opcode <= 0x3F; ++opcode) opcodes.push_back(opcode);
   for (const int opcode : opcodes) {
     CommandCursor cursor(entry);
-    **cursor.Command() = static_cast<unsigned char>(opcode);
+    *cursor.Command() = static_cast<unsigned char>(opcode);
     EXPECT_TRUE(cursor.Fits());
     EXPECT_EQ(cursor.Advance(), CommandCursor::Step::kImpossible) << opcode;
   }
