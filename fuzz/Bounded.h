@@ -12,7 +12,7 @@ inline void FitForms(const TIADTable& table) {
     if (iadt::kKeptBytes[list] != 0) continue;
     for (const IadtEntry entry : table.List(list)) {
       for (api::CommandCursor cursor(entry); !cursor.AtEnd() && cursor.Fits();) {
-        unsigned char* opcode = *cursor.Command();
+        unsigned char* opcode = cursor.Command();
         const auto step = cursor.Advance();
         if (step == api::CommandCursor::Step::kImpossible) break;
         if (step == api::CommandCursor::Step::kStays)
