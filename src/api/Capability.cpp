@@ -114,7 +114,7 @@ bool HasSignature(const unsigned char* header, const char* signature) {
 int VynLibTableSupported(uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector != api::kPerform) return 0;
-  if (IAMTable == nullptr || IADTable == nullptr)
+  if (IAMTable == nullptr || IAMTable->Header == nullptr || IADTable == nullptr || IADTable->Slots[0] == nullptr)
     throw std::logic_error("basic_string::_M_construct null not valid");  // the one exception that leaves the library
   return HasSignature(IAMTable->Header, "IAMT") && HasSignature(IADTable->Slots[0], "IADT") ? 1 : 0;
 }

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "tables/TIAMTable.h"
 #include "tests/unit/api/ApiBoard.h"
 
 using namespace apitest;
@@ -362,4 +363,17 @@ TEST_F(TableSupported, ThrowsAfterTheTearDown) {
     EXPECT_STREQ(error.what(), "basic_string::_M_construct null not valid");
   }
   EXPECT_EQ(VynLibTableSupported(1), 0);
+}
+
+TEST_F(TableSupported, ThrowsWithoutAHeaderToCompare) {
+  Start();
+  unsigned char* header = api::IAMTable->Header;
+  api::IAMTable->Header = nullptr;
+  EXPECT_THROW(VynLibTableSupported(2), std::logic_error);
+  api::IAMTable->Header = header;
+  header = api::IADTable->Slots[0];
+  api::IADTable->Slots[0] = nullptr;
+  EXPECT_THROW(VynLibTableSupported(2), std::logic_error);
+  api::IADTable->Slots[0] = header;
+  EXPECT_EQ(VynLibTableSupported(2), 1);
 }

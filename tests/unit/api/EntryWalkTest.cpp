@@ -1,5 +1,8 @@
 #include "api/EntryWalk.h"
 
+#include <unistd.h>
+#include <csignal>
+
 #include "tests/unit/api/ApiBoard.h"
 
 using namespace apitest;
@@ -111,6 +114,17 @@ TEST_F(RunEntry, EndsAtAKindThatCannotBeSteppedOver) {
 TEST_F(RunEntry, EndsAtTrailingBytesThatAreNoWholeCommand) {
   board.Ports(0x300, {1});
   EXPECT_EQ(Run(StartWith({PortIs(0x300, 1), Command::Raw({0x05})})), Ran::kUnknownKind);
+}
+
+TEST_F(RunEntry, RepeatsACommandOfAFormThatItsKindDoesNotHaveAsLongAsItSucceeds) {
+  // Flagged for nothing it always does; the alarm ends what would not end.
+  const IadtEntry entry = StartWith({Command::Raw(Bytes(28, 0))});
+  constexpr useconds_t kPatience = 100000;
+  const auto run = [&] {
+    ualarm(kPatience, 0);
+    Run(entry);
+  };
+  EXPECT_EXIT(run(), testing::KilledBySignal(SIGALRM), "");
 }
 
 TEST_F(RunEntry, RunsTheCommandsOnTheLibrarysOwnCopy) {

@@ -146,6 +146,18 @@ TEST_F(GetFanConfigNames, TakesAnEmptyNameForADuplicateOfAnyOther) {
   EXPECT_EQ(count, 1);
 }
 
+TEST_F(GetFanConfigNames, LeavesOutNoEntryForTheIdInItsName) {
+  Add("CPU Fan Mode", 0);
+  Add("CPU Fan Id", 240);
+  Start();
+  char name[2][20];
+  char* names[] = {name[0], name[1]};
+  uint8_t count = 2;
+  EXPECT_EQ(VynLibGetFanConfigNames(names, &count, 2), 1);
+  EXPECT_STREQ(name[0], "CPU Fan ");
+  EXPECT_STREQ(name[1], "CPU Fan Id");
+}
+
 TEST_F(GetFanConfigNames, WritesNo21stByteOfANameThatFillsItsRecord) {
   Add("System Fan Aux1 Mode", 0);
   Add("abcdefghijklmnopqrst", 0);
@@ -352,6 +364,40 @@ TEST_F(GetFANConfig, TakesTheCountOfTheFirstEntryOfAMode) {
   EXPECT_EQ(count, 3);
 }
 
+TEST_F(GetFANConfig, RunsNoEntryWithIdInItsName) {
+  Add("CPU Fan Id", 5, {Parameter(0x315, 1)});  // would succeed
+  AddCpuFan();
+  Start();
+  uint8_t block[4] = {1}, count = 4;
+  EXPECT_EQ(VynLibGetFANConfig("CPU Fan", block, &count, 2), 1);
+  EXPECT_THAT(block, ElementsAre(1, 50, 60, 70));
+  EXPECT_THAT(board.PortLog(),
+              ElementsAre(In8(0x310, 1), In8(0x310, 1), In8(0x311, 50), In8(0x312, 60), In8(0x313, 70)));
+}
+
+TEST_F(GetFANConfig, KeepsWhatAFailedEntryReadInItsSlots) {
+  // Both modes have two elements. Mode 0 reads slot 1 and fails; mode 1 reads slot 2, and slot 1 is what is given.
+  board.Ports(0x310, {9, 50, 60});
+  Add("CPU Fan Mode", 0, {Parameter(0x311, 1), PortIs(0x310, 7)});
+  Add("CPU Fan Mode", 1, {Parameter(0x312, 2)});
+  Start();
+  uint8_t block[2] = {1, 0xEE}, count = 2;
+  EXPECT_EQ(VynLibGetFANConfig("CPU Fan", block, &count, 2), 1);
+  EXPECT_THAT(block, ElementsAre(1, 50));
+}
+
+TEST_F(GetFANConfig, CountsInEightBits) {
+  // 256 different indexes and the mode are 257 elements, of which 8 bits say 1.
+  std::vector<Command> commands;
+  for (uint32_t index = 0; index < 256; ++index) commands.push_back(Command::Port(0x310).ArgumentIndex(index));
+  Add("CPU Fan Mode", 2, commands);
+  Start();
+  uint8_t block[1] = {0xEE}, count = 255;
+  EXPECT_EQ(VynLibGetFANConfig("CPU Fan", block, &count, 2), 1);
+  EXPECT_EQ(block[0], 2);
+  EXPECT_EQ(count, 1);
+}
+
 // ---- setting ----
 
 TEST_F(SetFANConfig, WritesTheModeAndItsParameters) {
@@ -426,6 +472,17 @@ TEST_F(SetFANConfig, FindsNoCountForAnotherFan) {
   const uint8_t block[] = {1, 11, 22, 33};
   EXPECT_EQ(VynLibSetFANConfig("XYZ", block, 4, 2), 0);
   EXPECT_EQ(TakeCode(), 0x1805u);
+}
+
+TEST_F(SetFANConfig, RunsNoEntryWithIdInItsName) {
+  board.Ports(0x315, {0});
+  Add("CPU Fan Id", 1, {Parameter(0x315, 1), Parameter(0x315, 2), Parameter(0x315, 3)});  // would succeed
+  AddCpuFan();
+  Start();
+  const uint8_t block[] = {1, 11, 22, 33};
+  EXPECT_EQ(VynLibSetFANConfig("CPU Fan", block, 4, 2), 1);
+  EXPECT_EQ(board.PortValue(0x315), 0);
+  EXPECT_EQ(board.PortValue(0x313), 33);
 }
 
 TEST_F(SetFANConfig, FallsBackToALaterEntryOfTheMode) {

@@ -1,5 +1,6 @@
 #include "api/Library.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "api/TVyn.h"
@@ -103,6 +104,20 @@ TEST_F(Init, RaisesThePrivilegeOnce) {
   sim::AcpiImage().PutInto(&board);
   PrintedByInit(1);
   EXPECT_EQ(Levels(board), (std::vector<uint64_t>{3}));
+}
+
+TEST_F(Init, LooksForAnSmbusControllerAfterTheTables) {
+  sim::AcpiImage().Table(iadt.Build()).Table(iamt.Build()).PutInto(&board);
+  PrintedByInit(1);
+  size_t lastMapping = 0, firstPort = board.Log().size();
+  for (size_t i = board.Log().size(); i-- > 0;) {
+    const auto kind = board.Log()[i].kind;
+    if (kind == sim::Access::kMap) lastMapping = std::max(lastMapping, i);
+    if (kind == sim::Access::kIn || kind == sim::Access::kOut) firstPort = i;
+  }
+  ASSERT_GT(lastMapping, 0u);
+  EXPECT_LT(lastMapping, firstPort);
+  EXPECT_LT(firstPort, board.Log().size());
 }
 
 TEST_F(Init, AgainKeepsTheSingletonsAndTakesANewBoardObject) {

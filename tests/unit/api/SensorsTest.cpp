@@ -263,6 +263,14 @@ TEST_F(Voltage2, WorksOutTheDividerInFloatAndTheStepToVoltsInDouble) {
   EXPECT_EQ(Voltage(), 0.0746666715f);
 }
 
+TEST_F(Voltage2, WithoutADividerIsWorkedOutInDouble) {
+  // 40 * 0.001 in double, stored as float, is the float next to 0.04; in float it would be the one above.
+  board.Ports(0x300, {5});
+  Sensor("voltage", 1).Commands({Long(0x3F0), Long(0x300)});
+  StartSensors();
+  EXPECT_EQ(Voltage(), 0.04f);
+}
+
 TEST_F(Voltage2, RunsBothCommandsInOrderIntoOneRawValue) {
   board.Ports(0x300, {0x11, 0x22});
   Sensor("voltage", 1).Commands({Long(0x300), Long(0x301)});
@@ -321,6 +329,13 @@ TEST_F(Voltage4, ScalesByItsOwnStep) {
   EXPECT_EQ(Voltage("divided"), 8.0f);
   EXPECT_EQ(Voltage("one resistor"), 4.0f);
   ExpectDone();
+}
+
+TEST_F(Voltage4, WithoutADividerIsWorkedOutInDouble) {
+  board.Ports(0x300, {5});  // as for list 2
+  Sensor("voltage", 3).Parameter("step", 8).Commands({Short(0x300)});
+  StartSensors();
+  EXPECT_EQ(Voltage(), 0.04f);
 }
 
 TEST_F(Voltage4, FailsOnARawValueOf0) {
@@ -523,6 +538,17 @@ TEST_F(Temperature8, IsInHundredthsOfADegree) {
   }
 }
 
+TEST_F(Temperature8, WrapsIn32BitsWhenItIsNegative) {
+  // 65536 - 0x180 * 256 = -32768, in 32 bits 4294934528; a hundredth of it, to the 4 degrees that a float tells apart.
+  board.Ports(0x300, {0x80, 0x01, 0x00});
+  Bytes wide = Long(0x300, 2).Build();
+  wide.resize(21);
+  Sensor("temperature", 4).Commands({Command::Raw(wide), Short(0x302)});
+  StartSensors();
+  EXPECT_EQ(Temperature(), -42949344.0f);
+  ExpectDone();
+}
+
 TEST_F(Temperature8, WaitsFiveMillisecondsBeforeEachMatchingRecord) {
   board.Ports(0x300, {0, 0, 0x0B, 0xB8});
   Sensor("temperature", 4, "other").Commands({Short(0x302), Short(0x303)});
@@ -572,6 +598,14 @@ TEST_F(FanSpeed9, FailsWhenBothBytesReadAllOnes) {
   ExpectFailed(0x501);
 }
 
+TEST_F(FanSpeed9, KnowsNoOtherStalledReading) {
+  board.Ports(0x300, {0x0F, 0xFF});
+  Sensor("fan", 1).Commands({Long(0x300), Long(0x300), Long(0x301), Long(0x301)});
+  StartSensors();
+  EXPECT_EQ(FanSpeed(), 4095);
+  ExpectDone();
+}
+
 TEST_F(FanSpeed9, GoesOnWithTheNextRecordOfTheName) {
   board.Ports(0x300, {0xFF, 0x05, 0xDC});
   Sensor("fan", 1).Commands({Long(0x300), Long(0x300), Long(0x300), Long(0x300)});
@@ -617,6 +651,15 @@ TEST_F(FanSpeed10, Is1500000ByTheCount) {
     StartOver();
     records.clear();
   }
+}
+
+TEST_F(FanSpeed10, CountsIn32Bits) {
+  // 0x100 * 256 = 65536 counts: 22; in 16 bits it would be a stalled fan.
+  board.Ports(0x300, {0x00, 0x01, 0x00});
+  Sensor("fan", 2).Commands({Long(0x300, 2), Long(0x302)});
+  StartSensors();
+  EXPECT_EQ(FanSpeed(), 22);
+  ExpectDone();
 }
 
 TEST_F(FanSpeed11, IsTheCountUnlessTheFanIsMissingOrStalled) {
@@ -675,6 +718,14 @@ TEST_F(Current12, IsInTenths) {
   EXPECT_EQ(Current("a"), 2.5f);
   ExpectDone();
   EXPECT_EQ(Current("b"), 0.3f);
+}
+
+TEST_F(Current12, IsWorkedOutInDouble) {
+  // 9 * 0.1 in double, stored as float, is the float next to 0.9; in float it would be the one above.
+  board.Ports(0x300, {9});
+  Sensor("current", 1).Commands({Short(0x300)});
+  StartSensors();
+  EXPECT_EQ(Current(), 0.9f);
 }
 
 TEST_F(Current12, FailsOnARawValueOf0) {

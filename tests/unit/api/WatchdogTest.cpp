@@ -140,6 +140,25 @@ TEST_F(Enable, SucceedsWithoutACountMode) {
               ElementsAre(In8(0x301, 0), Out8(0x301, 1), Out8(0x303, 30), In8(0x304, 0), Out8(0x304, 4)));
 }
 
+TEST_F(Enable, DoesNotMindThatTheCountModeFails) {
+  AddWorking({1, 3, 4});
+  AddFailing(kMode1);
+  Start();
+  EXPECT_EQ(VynLibWDTEnable(30, 1, 2), 1);
+  EXPECT_EQ(TakeCode(), 0u);
+  EXPECT_EQ(board.PortValue(0x303), 30);
+  EXPECT_EQ(board.PortValue(0x304), 4);
+}
+
+TEST_F(Enable, DoesNotMindAnUnknownKindInTheCountMode) {
+  AddWorking({1, 3, 4});
+  Add(kMode1, {UnknownKind()});
+  Start();
+  EXPECT_EQ(VynLibWDTEnable(30, 1, 2), 1);
+  EXPECT_EQ(TakeCode(), 0u);
+  EXPECT_EQ(board.PortValue(0x304), 4);
+}
+
 TEST_F(Enable, FailsWithoutAnActivationAndWritesNothing) {
   AddWorking({2, 3, 4, 5, 6, 7});
   Start();
@@ -181,6 +200,14 @@ TEST_F(Enable, ToleratesAFailedStartAndLeavesItsCode) {
   Start();
   EXPECT_EQ(VynLibWDTEnable(30, 1, 2), 1);
   EXPECT_EQ(TakeCode(), 0x1704u);
+}
+
+TEST_F(Enable, ToleratesAnUnknownKindInTheStartAndLeavesItsCode) {
+  AddWorking({1, 3});
+  Add(kStart, {UnknownKind()});
+  Start();
+  EXPECT_EQ(VynLibWDTEnable(30, 1, 2), 1);
+  EXPECT_EQ(TakeCode(), 21u);
 }
 
 TEST_F(Enable, ToleratesAMissingStartAndLeavesItsCode) {
@@ -239,6 +266,15 @@ TEST_F(Disable, ToleratesThatStoppingFails) {
   EXPECT_EQ(TakeCode(), 0u);
 }
 
+TEST_F(Disable, ToleratesAnUnknownKindInStopping) {
+  Add(kStop, {UnknownKind()});
+  AddWorking({2, 3});
+  Start();
+  EXPECT_EQ(VynLibWDTDisable(2), 1);
+  EXPECT_EQ(TakeCode(), 0u);
+  EXPECT_THAT(board.PortLog(), ElementsAre(Sleep(50000), Out8(0x303, 0), In8(0x302, 0), Out8(0x302, 2)));
+}
+
 TEST_F(Disable, DoesNotDeactivateWhenTheIntervalFails) {
   AddWorking({2, 5});
   AddFailing(kInterval);
@@ -276,6 +312,16 @@ TEST_F(Disable, WaitsOnTheQueryOfABoardWithoutAWatchdog) {
   EXPECT_EQ(VynLibWDTDisable(0), 0);
   EXPECT_EQ(TakeCode(), 0x1700u);
   EXPECT_THAT(board.Log(), ElementsAre(Sleep(50000)));
+}
+
+TEST_F(Disable, WaitsOnABoardWithoutAWatchdogToo) {
+  Start();
+  for (const uint8_t selector : Numbers{1, 2}) {
+    board.Log().clear();
+    EXPECT_EQ(VynLibWDTDisable(selector), 0);
+    EXPECT_EQ(TakeCode(), 0x1700u);
+    EXPECT_THAT(board.Log(), ElementsAre(Sleep(50000)));
+  }
 }
 
 TEST_F(Disable, WaitsOnABadSelectorToo) {
