@@ -195,9 +195,10 @@ bool TAcpiBase::GetAcpiTable(int index, unsigned char* buffer) {
 }
 
 bool TAcpiBase::GetAcpiTable(const char* signature) {
+  if (strnlen(signature, acpi::kSignatureBytes + 1) != acpi::kSignatureBytes) return false;
   for (const auto& entry : *Tables) {
     const TableHeader header = ReadHeader(entry->Address);
-    if (std::strncmp(header.Signature, signature, acpi::kSignatureBytes) == 0) return Select(entry.get());
+    if (std::memcmp(header.Signature, signature, acpi::kSignatureBytes) == 0) return Select(entry.get());
   }
   return false;
 }

@@ -88,7 +88,7 @@ class TAcpiBase {
   bool GetAcpiTable(int index);
   /// Also reads the entry's length in bytes into `buffer`.
   bool GetAcpiTable(int index, unsigned char* buffer);
-  /// Selects the first entry whose header carries the 4-character signature.
+  /// Selects the first entry whose 4-character signature equals the text; false for texts of any other length.
   bool GetAcpiTable(const char* signature);
   bool GetAcpiTable(const char* signature, unsigned char* buffer);
   /// Selects the first entry after the root pointer's that lies at `address`.

@@ -312,6 +312,21 @@ TEST_F(GetAcpiTable, FailsForASignatureThatIsNotThere) {
   EXPECT_FALSE(acpi->GetAcpiTable("HPET", buffer.data()));
 }
 
+TEST_F(GetAcpiTable, FailsForATextThatIsNotFourCharactersLong) {
+  // Two signatures end in the NULs that a shorter text ends in.
+  Discover(AcpiImage()
+               .TableAt(0x7E000000, Unknown("FACX", 40))
+               .TableAt(0x7E001000, Bytes{'F', 'A', 'C', 0} + Bytes(32, 0))
+               .TableAt(0x7E002000, Bytes(36, 0)));
+  for (const char* text : {"FACXX", "FACX ", "FAC", "F", ""}) {
+    EXPECT_FALSE(acpi->GetAcpiTable(text)) << text;
+    Bytes buffer(64);
+    EXPECT_FALSE(acpi->GetAcpiTable(text, buffer.data())) << text;
+  }
+  EXPECT_EQ(acpi->Current, nullptr);
+  EXPECT_TRUE(acpi->GetAcpiTable("FACX"));
+}
+
 TEST_F(GetAcpiTable, LooksAtTheRootPointerTooBySignature) {
   Discover(AcpiImage());
   EXPECT_TRUE(acpi->GetAcpiTable("RSD "));
