@@ -101,7 +101,8 @@ unsigned int TReadWrite::FindPciCapabilityDevice(unsigned char capabilityId, uns
 
 bool TReadWrite::FindPciCheckId(unsigned char bus, unsigned char device, unsigned char function, unsigned int id,
                                 unsigned char mode) {
-  return Matches(*this, bus, device, function, id, mode);
+  // All ones that were not read match nothing, not even themselves.
+  return Matches(*this, bus, device, function, id, mode) && IoplFailed == 0;
 }
 
 void TReadWrite::PciSequence(_PCI_SEQ_INFO*) {}

@@ -196,6 +196,7 @@ class TReadWrite {
   /// Finds a capability in the capability lists; on success `*capabilityOffset` is its configuration-space offset.
   unsigned int FindPciCapabilityDevice(unsigned char capabilityId, unsigned char* capabilityOffset,
                                        unsigned char index);
+  /// Whether that one function matches.
   bool FindPciCheckId(unsigned char bus, unsigned char device, unsigned char function, unsigned int id,
                       unsigned char mode);
   /// Does nothing.

@@ -206,12 +206,28 @@ TEST(FindPciCheckId, KnowsNoOtherMode) {
   EXPECT_FALSE(hw.rw.FindPciCheckId(0, 0, 0, 0x0C0500, 0xFF));
 }
 
-TEST(FindPciCheckId, WithoutPrivilegePrintsOnceAndFails) {
+TEST(FindPciCheckId, WithoutPrivilegePrintsOncePerReadAndFailsWhateverIsWanted) {
   Hardware hw;
   hw.rw.IoplFailed = 1;
-  bool result = true;
-  EXPECT_EQ(RefusalsPrinted([&] { result = hw.rw.FindPciCheckId(0, 0, 0, 0x29308086, 0); }), 1);
-  EXPECT_FALSE(result);
+  struct Case {
+    unsigned wanted;
+    unsigned char mode;
+    int messages;
+  };
+  // All ones match all ones; a mode that is not known reads nothing.
+  for (const Case& each :
+       {Case{0x29308086, 0, 1}, Case{0xFFFFFFFF, 0, 1}, Case{0xFFFFFF, 1, 1}, Case{0xFFFFFFFF, 2, 0}}) {
+    bool result = true;
+    EXPECT_EQ(RefusalsPrinted([&] { result = hw.rw.FindPciCheckId(0, 0, 0, each.wanted, each.mode); }), each.messages);
+    EXPECT_FALSE(result) << each.wanted;
+  }
+  EXPECT_THAT(hw.board.Log(), IsEmpty());
+}
+
+TEST(FindPciCheckId, MatchesAnAbsentFunctionByAllOnes) {
+  Hardware hw;
+  EXPECT_TRUE(hw.rw.FindPciCheckId(0, 0, 0, 0xFFFFFFFF, 0));
+  EXPECT_TRUE(hw.rw.FindPciCheckId(0, 0, 0, 0xFFFFFF, 1));
 }
 
 TEST(PciSequence, TouchesNothing) {
