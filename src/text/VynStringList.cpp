@@ -68,8 +68,9 @@ int VynStringList::IndexOf(VynString text) const {
 }
 
 void VynStringList::SetCommaText(VynString text, VynString delimiters) {
-  commaText_ = text;
-  if (!commaText_.Buffer() || !delimiters.Buffer()) return;
+  // Assigning a text without a buffer would keep the one before.
+  commaText_ = text.Buffer() ? text.c_str() : "";
+  if (!delimiters.Buffer()) return;
   // Earlier items stay; this is meant.
   ForEachField(commaText_.Buffer(), delimiters.Buffer(), [this](const char* field) { Add(VynString(field).Trim()); });
 }

@@ -152,3 +152,13 @@ TEST(VynStringListSetCommaText, AStringWithoutABufferAddsNothing) {
   list.SetCommaText("a", none);
   EXPECT_EQ(list.Count(), 0);
 }
+
+TEST(VynStringListSetCommaText, AStringWithoutABufferDoesNotSplitTheTextBeforeAgain) {
+  VynString none;
+  none.Terminated();
+  VynStringList list;
+  list.SetCommaText("a,b", ",");
+  list.SetCommaText(none, ",");
+  EXPECT_THAT(Items(list), ElementsAre("a", "b"));
+  EXPECT_TRUE(list.commaText_.IsEmpty());
+}
