@@ -1,5 +1,8 @@
 #include "tables/TAcpiBase.h"
 
+#include <cstddef>
+#include <functional>
+#include <iterator>
 #include <utility>
 
 #include "sim/TableImage.h"
@@ -8,6 +11,7 @@
 using namespace tabletest;
 using sim::AcpiImage;
 using sim::AcpiTable;
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -135,6 +139,23 @@ TEST_F(BuildRSDP, FindsNothingWithoutPrivilege) {
 TEST_F(BuildAcpiTables, ListsTablesInTheOrderOfTheRsdtWithTheirLengths) {
   Discover(AcpiImage().TableAt(0x7E001000, Unknown("HPET", 56)).TableAt(0x7E000000, Unknown("BOOT", 40)));
   EXPECT_THAT(Entries(), ElementsAre(Entry{kRsdp, 20}, Entry{kRsdt, 44}, Entry{0x7E001000, 56}, Entry{0x7E000000, 40}));
+}
+
+TEST_F(BuildAcpiTables, GoesByTheRsdtWhenTheRootPointerNamesAnXsdtToo) {
+  constexpr uint32_t kXsdt = 0x7F100000;
+  Bytes pointer = sim::Rsdp(kRsdt, 2);
+  sim::Put(&pointer, 24, 8, kXsdt);
+  pointer[32] = 0;
+  unsigned sum = 0;
+  for (const uint8_t byte : pointer) sum += byte;
+  pointer[32] = static_cast<uint8_t>(0 - sum);
+  board.Memory(kRsdp, pointer)
+      .Memory(kRsdt, sim::RsdtTable({0x7E000000}))
+      .Memory(kXsdt, AcpiTable({.signature = "XSDT"}, Join({{8, 0x7E001000}})))
+      .Memory(0x7E000000, Unknown("HPET", 56))
+      .Memory(0x7E001000, Unknown("BOOT", 40));
+  Discover();
+  EXPECT_THAT(Entries(), ElementsAre(Entry{kRsdp, 36}, Entry{kRsdt, 40}, Entry{0x7E000000, 56}));
 }
 
 TEST_F(BuildAcpiTables, SkipsZeroEntriesOfTheRsdt) {
@@ -383,6 +404,15 @@ TEST_F(TAcpiBaseInstance, IsTheSameUntilItIsFreedAndDiscoversOnce) {
   EXPECT_EQ(TAcpiBase::g_Instance, nullptr);
 }
 
+TEST_F(TAcpiBaseInstance, HoldsItsMembersInTheirOrder) {
+  Discover();
+  const void* const members[] = {&acpi->ReadWrite, &acpi->Config,    &acpi->DsdtHeader, &acpi->DsdtAddress,
+                                 &acpi->PcieBase,  &acpi->RsdpFound, &acpi->Tables,     &acpi->Current,
+                                 &acpi->IamTable,  &acpi->IadTable};
+  EXPECT_EQ(members[0], acpi);
+  for (size_t i = 1; i < std::size(members); ++i) EXPECT_TRUE(std::less<>{}(members[i - 1], members[i])) << i;
+}
+
 TEST_F(TAcpiBaseInstance, StartsFromTheDefaultSettings) {
   Discover();
   const TKQConfig& config = *acpi->Config;
@@ -397,5 +427,6 @@ TEST_F(TAcpiBaseInstance, StartsFromTheDefaultSettings) {
   EXPECT_EQ(config.IoApicRegister, 0xFEC00010u);
   EXPECT_EQ(config.IndexPort, 0x2E);
   EXPECT_EQ(config.DataPort, 0x2F);
+  EXPECT_THAT(config.Timeouts, Each(1500u));
   EXPECT_EQ(acpi->GetPcieBaseAddress(), 0xFFFFFFFF);
 }

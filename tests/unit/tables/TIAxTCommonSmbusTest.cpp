@@ -134,6 +134,17 @@ TEST_F(SmbusKind, WritesAnArgumentAsItIs) {
                                        Out8(kStart, kWordWrite)));
 }
 
+TEST_F(SmbusKind, WritesNothingForOtherWidths) {
+  Execution slots;
+  slots.args[0] = 0xABCD;
+  for (const int opcode : {0x8D, 0xCD})
+    for (const uint16_t control : {uint16_t{0x0007}, uint16_t{0x0107}}) {
+      const Fields fields{.control = control, .andMask = 0x0F0F, .orMask = 0x5000, .argument = 0};
+      EXPECT_TRUE(Run(Smbus(static_cast<uint8_t>(opcode), 0x5A, 0x20, fields), kSetting, 1, slots).result);
+    }
+  EXPECT_THAT(board.Log(), testing::IsEmpty());
+}
+
 TEST_F(SmbusKind, ReadsModifiesAndWritesWhenTheIndexEqualsTheCount) {
   Execution slots;
   Run(Smbus(0x0D, 0x5A, 0x20, {.control = 0x0105, .orMask = 0x01, .argument = 1}), kSetting, 1, slots);

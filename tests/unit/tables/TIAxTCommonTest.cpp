@@ -1,5 +1,7 @@
 #include "tables/TIAxTCommon.h"
 
+#include <cstddef>
+
 #include "smbus/TSMBus.h"
 #include "tests/unit/tables/Machine.h"
 
@@ -26,6 +28,13 @@ TEST_F(TIAxTCommonGetInstance, TakesBothSingletons) {
   EXPECT_EQ(executor->SMBus, TSMBus::g_Instance);
   EXPECT_NE(executor->ReadWrite, nullptr);
   EXPECT_NE(executor->SMBus, nullptr);
+}
+
+TEST_F(TIAxTCommonGetInstance, HoldsThePortsAndThenTheSmbus) {
+  EXPECT_EQ(static_cast<void*>(&executor->ReadWrite), executor);
+  EXPECT_EQ(reinterpret_cast<char*>(&executor->SMBus) - reinterpret_cast<char*>(executor),
+            static_cast<std::ptrdiff_t>(sizeof(void*)));
+  EXPECT_EQ(sizeof(TIAxTCommon), 2 * sizeof(void*));
 }
 
 TEST_F(TIAxTCommonGetInstance, ReturnsTheSameObjectAgain) { EXPECT_EQ(TIAxTCommon::GetInstance(), executor); }

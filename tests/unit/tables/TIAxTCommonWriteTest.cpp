@@ -135,6 +135,28 @@ TEST_F(IAxTWrite, MasksTheArgumentOfAPairOnlyByAnAndWithoutAnOr) {
   }
 }
 
+TEST_F(IAxTWrite, MasksTheArgumentOfAPairByTheBitsOfTheGetDirection) {
+  constexpr uint16_t kGetOrBit = 0x0010, kGetAndBit = 0x0020, kGetWritesBit = 0x0040;
+  struct Case {
+    uint16_t bits;
+    uint8_t written;
+  };
+  // As above; the bits of the Set direction do not count.
+  for (const Case& each : {Case{0, 0x5A}, Case{kAnd, 0x5A}, Case{kGetAndBit, 0x0A}, Case{kGetAndBit | kOr, 0x0A},
+                           Case{kGetAndBit | kGetOrBit, 0x5A}, Case{kGetAndBit | kGetOrBit | kAnd, 0x5A}}) {
+    board.IndexData(0x2E, 0x2F);
+    board.Log().clear();
+    Bytes command = Pair(0x06, 0x2E, 0x2F, 0x30,
+                         {.control = static_cast<uint16_t>(kArgument | kGetWritesBit | each.bits),
+                          .andMask = 0x0F,
+                          .orMask = 0xF0,
+                          .argument = 0});
+    EXPECT_TRUE(Run(command, kGetting, 1, Slots(0x5A, 0)).result);
+    EXPECT_THAT(board.PortLog(), ElementsAre(Out8(0x2E, 0x30), Out8(0x2F, each.written))) << each.bits;
+    EXPECT_EQ(command[19], 0x5A) << each.bits;
+  }
+}
+
 TEST_F(IAxTWrite, WritesARangeOfRegistersOfAPairUpwards) {
   board.IndexData(0x2E, 0x2F);
   Run(Pair(0x46, 0x2E, 0x2F, 0xFF, {.control = kArgument | kWrites, .argument = 0}), kSetting, 1, Slots(0x1234, 0));
