@@ -240,6 +240,14 @@ TEST(PciReadBlock, GoesOnIntoTheExtendedRegisters) {
                                               Out32(0xCF8, kHost + 0x01000000), In8(0xCFC, 0xFF)));
 }
 
+TEST(PciReadBlock, GoesOnAtRegisterZeroBehindTheLastNumber) {
+  Hardware hw;
+  std::array<uint8_t, 2> buffer{};
+  EXPECT_TRUE(hw.rw.PciReadBlock(0, 0x1F, 3, 0xFFFF, buffer.data(), 2));
+  EXPECT_THAT(hw.board.PortLog(),
+              ElementsAre(Out32(0xCF8, kHost + 0x0F0000FC), In8(0xCFF, 0xFF), Out32(0xCF8, kHost), In8(0xCFC, 0xFF)));
+}
+
 TEST(PciReadBlock, OfCountZeroTouchesNoPort) {
   Hardware hw;
   EXPECT_TRUE(hw.rw.PciReadBlock(0, 0x1F, 3, 0, nullptr, 0));
@@ -252,6 +260,14 @@ TEST(PciWriteBlock, WritesByteByByteThroughThePortOfEachRegister) {
   EXPECT_TRUE(hw.rw.PciWriteBlock(0, 0x1F, 3, 0x3F, buffer.data(), 2));
   EXPECT_THAT(hw.board.PortLog(), ElementsAre(Out32(0xCF8, kHost + 0x3C), Out8(0xCFF, 0x5A), Out32(0xCF8, kHost + 0x40),
                                               Out8(0xCFC, 0xA5)));
+}
+
+TEST(PciWriteBlock, GoesOnAtRegisterZeroBehindTheLastNumber) {
+  Hardware hw;
+  std::array<uint8_t, 2> buffer{0x5A, 0xA5};
+  EXPECT_TRUE(hw.rw.PciWriteBlock(0, 0x1F, 3, 0xFFFF, buffer.data(), 2));
+  EXPECT_THAT(hw.board.PortLog(),
+              ElementsAre(Out32(0xCF8, kHost + 0x0F0000FC), Out8(0xCFF, 0x5A), Out32(0xCF8, kHost), Out8(0xCFC, 0xA5)));
 }
 
 TEST(PciWriteBlock, OfCountZeroTouchesNoPort) {
@@ -330,6 +346,8 @@ const RefusedCall kRefusedPciCalls[] = {
     {"PciWriteDword", [](TReadWrite& rw) { return !rw.PciWriteDword(0, 0, 0, 0, 1); }},
     {"PciReadBlock", [](TReadWrite& rw) { return !rw.PciReadBlock(0, 0, 0, 0, pciBuffer.data(), 9); }},
     {"PciWriteBlock", [](TReadWrite& rw) { return !rw.PciWriteBlock(0, 0, 0, 0, pciBuffer.data(), 9); }},
+    {"PciReadBlockOfCountZero", [](TReadWrite& rw) { return !rw.PciReadBlock(0, 0, 0, 0, pciBuffer.data(), 0); }},
+    {"PciWriteBlockOfCountZero", [](TReadWrite& rw) { return !rw.PciWriteBlock(0, 0, 0, 0, pciBuffer.data(), 0); }},
     {"PciWriteConfig", [](TReadWrite& rw) { return !rw.PciWriteConfig(0, 0, 0, pciBuffer.data()); }},
     {"PciWriteConfigEx", [](TReadWrite& rw) { return !rw.PciWriteConfigEx(0, 0, 0, pciBuffer.data(), {}); }},
     {"ePciReadByte", [](TReadWrite& rw) { return rw.ePciReadByte(0, 0) == 0xFF; }},
@@ -340,6 +358,8 @@ const RefusedCall kRefusedPciCalls[] = {
     {"ePciWriteDword", [](TReadWrite& rw) { return !rw.ePciWriteDword(0, 0, 1); }},
     {"ePciReadBlock", [](TReadWrite& rw) { return !rw.ePciReadBlock(0, 0, pciBuffer.data(), 9); }},
     {"ePciWriteBlock", [](TReadWrite& rw) { return !rw.ePciWriteBlock(0, 0, pciBuffer.data(), 9); }},
+    {"ePciReadBlockOfCountZero", [](TReadWrite& rw) { return !rw.ePciReadBlock(0, 0, pciBuffer.data(), 0); }},
+    {"ePciWriteBlockOfCountZero", [](TReadWrite& rw) { return !rw.ePciWriteBlock(0, 0, pciBuffer.data(), 0); }},
     {"ePciWriteConfig", [](TReadWrite& rw) { return !rw.ePciWriteConfig(0, pciBuffer.data()); }},
     {"ePciWriteConfigEx", [](TReadWrite& rw) { return !rw.ePciWriteConfigEx(0, pciBuffer.data(), {}); }},
 };

@@ -284,6 +284,16 @@ TEST(FindPciCapabilityDevice, FollowsUnalignedPointersAsTheyAre) {
   EXPECT_EQ(hw.board.PortLog().back(), In8(0xCFF, 0x05));
 }
 
+TEST(FindPciCapabilityDevice, ReadsTheNextPointerOfACapabilityAt0xFFFromRegister0x100) {
+  Hardware hw;
+  // Register 0x00 holds 0x86, where a capability with the wanted identifier stands too.
+  AddCapabilities(Add(hw.board, 0, 0, 0, 0x11118086, 0), {{0xFF, 0x01, 0x60}, {0x60, 0x10, 0x00}, {0x86, 0x10, 0x00}});
+  unsigned char offset = 0;
+  EXPECT_EQ(hw.rw.FindPciCapabilityDevice(0x10, &offset, 0), 0u);
+  EXPECT_EQ(offset, 0x60);
+  EXPECT_THAT(AccessesTo(hw.board, 0x81000000), ElementsAre(Out32(0xCF8, 0x81000000), In8(0xCFC, 0x60)));
+}
+
 TEST(FindPciCapabilityDevice, PassesOverFunctionsWithoutTheStatusBit) {
   Hardware hw;
   AddCapabilities(Add(hw.board, 0, 2, 0, 0x11118086, 0), {{0x50, 0x01, 0x00}}).Set(0x06, 1, 0xEF);

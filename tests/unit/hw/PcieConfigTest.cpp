@@ -423,6 +423,25 @@ TEST(PciEWriteConfigEx, SkipsMembersBelow0x100) {
   EXPECT_EQ(m.board.MemoryByte(kFunction + 0xFFC), 0x00);
 }
 
+TEST(PciEWriteConfigEx, WithoutABaseWritesEveryUpperEntryToTheLastTranslation) {
+  Mapped m;
+  m.rw.TranslatePciEAddress(1, 0x1F, 3, 0x200);
+  m.rw.PcieBase = 0xFFFFFFFF;
+  WordSet skip;
+  for (unsigned short member = 0; member < 256; ++member) skip.Add(member);
+  std::vector<uint8_t> buffer(1024, 0x11);
+  buffer[1023] = 0x77;
+  EXPECT_TRUE(m.rw.PciEWriteConfigEx(7, 7, 7, buffer.data(), skip));
+  EXPECT_THAT(m.board.PortLog(), IsEmpty());
+  const auto maps = Only(Access::kMap, m.board.Log());
+  EXPECT_THAT(maps, SizeIs(960));
+  EXPECT_THAT(maps, Each(Map(kFunction, 0x204, true)));
+  // The last entry is what stays; register 0x204 is as it was.
+  EXPECT_EQ(m.board.MemoryByte(kFunction + 0x200), 0x77);
+  for (unsigned i = 1; i < 4; ++i) EXPECT_EQ(m.board.MemoryByte(kFunction + 0x200 + i), 0x00);
+  EXPECT_EQ(m.board.MemoryByte(kFunction + 0x204), 0x81);
+}
+
 TEST(PciEWriteConfigEx, StopsAtTheFirstFailedWrite) {
   Mapped m;
   int opens = 0;
