@@ -258,6 +258,43 @@ TEST(InterpretBlocks, AnEmptyEndlessBodyFailsUnlessItIsOver) {
   EXPECT_TRUE(machine.Run("Local1=1; Wait{1,0,}"));
 }
 
+TEST(InterpretBlocks, AnEmptyBodyMeetsTheBreakFlagsThatWereSetBefore) {
+  const struct {
+    unsigned char ifZero, ifNonzero;
+    unsigned result;
+    bool ends;
+  } cases[] = {{0, 0, 0, false}, {1, 0, 5, false}, {0, 1, 0, false}, {1, 0, 0, true},
+               {0, 1, 5, true},  {1, 1, 0, true},  {1, 1, 5, true}};
+  // Without a bound and without a break the blocks fail.
+  for (const auto& [ifZero, ifNonzero, result, ends] : cases)
+    for (const char* script : {"Wait{9,0,}", "Loop{0,}"}) {
+      Machine machine;
+      machine.interpreter.BreakIfZero = ifZero;
+      machine.interpreter.BreakIfNonzero = ifNonzero;
+      machine.result = result;
+      EXPECT_EQ(machine.Run(script), ends) << script << " " << int{ifZero} << int{ifNonzero} << " " << result;
+      EXPECT_EQ(machine.interpreter.BreakIfZero, ifZero);
+      EXPECT_EQ(machine.interpreter.BreakIfNonzero, ifNonzero);
+    }
+}
+
+TEST(InterpretBlocks, ABreakBeforeABlockEndsAnEmptyBody) {
+  for (const char* script :
+       {"BkIf0(Sub(5,5)); Wait{9,0,}", "BkIf1(Sub(5,4)); Loop{0,}", "Cmds{BkIf0(Sub(5,5))} Wait{9,0,}"}) {
+    Machine machine;
+    EXPECT_TRUE(machine.Run(script)) << script;
+  }
+}
+
+TEST(InterpretBlocks, ABreakBeforeABlockEndsNoBodyOfStatements) {
+  for (const char* script : {"BkIf0(Sub(5,5)); Loop{3,Local1=Add(Local1,1); Local2=0}",
+                             "BkIf1(Sub(5,4)); Loop{3,Local1=Add(Local1,1); Local2=7}"}) {
+    Machine machine;
+    EXPECT_TRUE(machine.Run(script)) << script;
+    EXPECT_EQ(machine.interpreter.Locals[1], 3u) << script;
+  }
+}
+
 TEST(InterpretBlocks, TheFirstKindThatOccursAnywhereEndsTheRun) {
   Machine machine;
   // The run is cut at the CMDS block, so that the LOOP block before it is taken for statements.
