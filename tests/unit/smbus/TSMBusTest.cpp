@@ -47,6 +47,13 @@ TEST_F(TSMBusDetection, PointsIntoTheRegistryAndCopiesTheFields) {
   EXPECT_EQ(bus.GetClockGenAddress(), 0xD4);
 }
 
+TEST_F(TSMBusDetection, KeepsTheVariablesFromRecordToRecord) {
+  AddRecord("y", "Local3=5");
+  AddRecord("z", "Sub(Local3,5)");
+  ASSERT_NE(TSMBus::GetInstance()->GetSMBusConfig(), nullptr);
+  EXPECT_STREQ(TSMBus::GetInstance()->Name.c_str(), "z");
+}
+
 TEST_F(TSMBusDetection, StopsAtTheFirstMatch) {
   AddRecord("y", "Local0=0");
   AddRecord("z", "o(0x80,1)");
