@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::memcpy(image.data(), data, std::min(size, image.size()));
   fuzz::SealRootPointer(image.data());
 
-  fuzz::Start({.answers = {}, .memory = image, .callsLeft = 20000});
+  fuzz::Start({.answers = {}, .memory = image, .callsLeft = 20000, .bytesLeft = 1u << 20});
   try {
     TAcpiBase* acpi = TAcpiBase::GetInstance();
     unsigned char buffer[36];

@@ -158,8 +158,8 @@ void Close(int) { --state.openFiles; }
 
 void* Map(int, uint64_t offset, size_t length, bool) {
   Count();
-  constexpr size_t kLargest = 16u << 20;
-  if (length == 0 || length > kLargest || offset % PageSize() != 0) return nullptr;
+  if (length == 0 || length > state.machine.bytesLeft || offset % PageSize() != 0) return nullptr;
+  state.machine.bytesLeft -= length;
   auto bytes = std::make_unique<uint8_t[]>(length);
   const auto& memory = state.machine.memory;
   size_t at = static_cast<size_t>((offset - kBiosArea) % memory.size());
