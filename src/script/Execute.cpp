@@ -138,8 +138,11 @@ bool TInterpreter::RunRounds(const script::Program& program, const script::Block
   for (; Endless || LoopCount != 0; --LoopCount) {
     if (!RunStatements(program, block, result)) return false;
     if (BreaksAt(*result) || (waits && *result == WaitValue)) return true;
-    // Rounds of an empty body change nothing: a counted block is over, an endless one would never be.
-    if (block.first == block.end) return !Endless;
+    // Rounds of an empty body change nothing but the count: a counted block is over, an endless one would never be.
+    if (block.first == block.end) {
+      LoopCount = 0;
+      return !Endless;
+    }
   }
   return true;
 }

@@ -249,6 +249,7 @@ TEST(InterpretBlocks, AnEmptyCountedBodyIsOverAtOnce) {
   Machine machine;
   EXPECT_TRUE(machine.Run("Wait{1,0xFFFFFFFF,}; Loop{0xFFFFFFFF,}; Loop{2,;;}; Local1=1"));
   EXPECT_EQ(machine.interpreter.Locals[1], 1u);
+  EXPECT_EQ(machine.interpreter.LoopCount, 0u);
 }
 
 TEST(InterpretBlocks, AnEmptyEndlessBodyFailsUnlessItIsOver) {
