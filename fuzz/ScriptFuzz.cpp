@@ -28,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto rest = input.Rest();
   const std::string text(rest.begin(), rest.end());
 
-  fuzz::Start({.answers = answers, .memory = answers});
+  fuzz::Start({.answers = answers, .memory = answers, .callsLeft = 20000});
   {
     TInterpreter interpreter;
     const VynString normalised = interpreter.AdjustCmdString(text.c_str());
