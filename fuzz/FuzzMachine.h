@@ -35,7 +35,7 @@ struct Machine {
   std::span<const uint8_t> memory;
   bool hasController = false;  ///< an SMBus controller that is found at once is there; otherwise no PCI function is
   uint64_t callsLeft = 200000;
-  uint64_t bytesLeft = 8u << 20;  ///< of physical memory that can be mapped; behind them mapping fails
+  uint64_t bytesLeft = 8u << 20;  ///< of physical memory that can be mapped; once they are used up, mapping fails
 };
 
 /// Where the BIOS area, and so `Machine::memory`, begins.

@@ -1,8 +1,10 @@
 #include "api/EntryWalk.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 
 #include "api/Library.h"
 #include "tables/TIAxTCommon.h"
@@ -32,6 +34,7 @@ int64_t CommandCursor::ReachWithoutLayout(uint8_t opcode) {
 }
 
 Ran RunEntry(IadtEntry entry, Direction direction, Slots slots) {
+  assert(slots.size() <= std::numeric_limits<uint8_t>::max());
   CommandCursor cursor(entry);
   while (!cursor.AtEnd()) {
     if (!cursor.Fits()) return Ran::kUnknownKind;

@@ -29,7 +29,7 @@ struct FeatureRow {
   uint8_t failed;   ///< sub-code when a candidate's commands failed
   uint8_t noEntry;  ///< sub-code when there was no candidate
   Exception differs = {};
-  // The same as codes.
+  // Both as complete codes, worked out by the compiler.
   uint16_t failedCode = static_cast<uint16_t>(Code(family, failed));
   uint16_t noEntryCode = static_cast<uint16_t>(Code(family, noEntry));
 };

@@ -28,8 +28,8 @@ int Decline(const FeatureRow& row, uint8_t selector) {
   return Fail(Code(row.differs.absentFamily.value_or(row.family), kAbsent));
 }
 
-/// What a walk needs of a row, taken before the result is written: the compiler must take a byte that a caller points
-/// at for one that may be anywhere, also in the row.
+/// What a walk needs of a row, read before the result is written: a write through a caller's byte pointer may change
+/// anything for all the compiler knows, the row included.
 struct Candidates {
   explicit Candidates(const FeatureRow& row)
       : entries(Entries(row.list)), failed(row.failedCode), none(row.noEntryCode) {}
@@ -77,7 +77,7 @@ int WriteWhere(uint8_t selector, const FeatureRow& row, Wants wants) {
   return Walk(Candidates(row), kSet, wants, [](IadtEntry) {});
 }
 
-// The row comes last in these, so that a function's own arguments are where they go.
+// The row comes last, so that an exported function passes its arguments on in the registers they came in.
 
 int Read(uint8_t* result, uint8_t selector, const FeatureRow& row) {
   return ReadWhere(result, selector, row, [](IadtEntry) { return true; });

@@ -29,11 +29,15 @@ def add_modules(root, modules, names):
     """The named modules, and those they depend on, where modprobe finds them."""
     target = root / "lib/modules" / modules.name
     copy(modules / "modules.dep", target / "modules.dep")
+    missing = set(names)
     for line in (target / "modules.dep").read_text().splitlines():
         module, _, others = line.partition(":")
         if pathlib.Path(module).stem in names:
+            missing.discard(pathlib.Path(module).stem)
             for path in (module, *others.split()):
                 copy(modules / path, target / path)
+    if missing:
+        raise SystemExit(f"the kernel has no module {', '.join(sorted(missing))}")
 
 
 def add_binary(root, binary, directory):
@@ -58,7 +62,7 @@ def build(root, modules, names, init, programs, libraries):
     for library in libraries:
         add_binary(root, library, LIBRARY_DIR)
     archive = root.with_suffix(".cpio")
-    names = "\n".join(str(path.relative_to(root)) for path in sorted(root.rglob("*")))
+    paths = "\n".join(str(path.relative_to(root)) for path in sorted(root.rglob("*")))
     with archive.open("wb") as output:
-        subprocess.run(["cpio", "--quiet", "-o", "-H", "newc"], cwd=root, input=names.encode(), stdout=output, check=True)
+        subprocess.run(["cpio", "--quiet", "-o", "-H", "newc"], cwd=root, input=paths.encode(), stdout=output, check=True)
     return archive

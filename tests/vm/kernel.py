@@ -14,13 +14,15 @@ WANTED = re.compile(r"\./(boot/vmlinuz-|lib/modules/[^/]+/kernel/(arch/x86/kerne
 
 
 def run(*command, cwd=None):
-    return subprocess.run(command, cwd=cwd, check=True, capture_output=True, text=True).stdout
+    return subprocess.run(command, cwd=cwd, check=True, stdout=subprocess.PIPE, text=True).stdout
 
 
 def kernel_package(meta_package):
     """The package that the meta package stands for today."""
-    depends = run("apt-cache", "depends", meta_package)
-    return re.search(r"Depends: (linux-image-\S+)", depends).group(1)
+    found = re.search(r"Depends: (linux-image-\S+)", run("apt-cache", "depends", meta_package))
+    if found is None:
+        raise LookupError(f"{meta_package} stands for no kernel")
+    return found.group(1)
 
 
 def unpack(package, root):
@@ -42,21 +44,30 @@ def files(root):
     return image, root / "lib/modules" / image.name.removeprefix("vmlinuz-")
 
 
-def download(meta_package, target):
-    """Fills `target`, which comes into being only when it is complete."""
-    with tempfile.TemporaryDirectory(dir=target.parent) as scratch:
-        scratch = pathlib.Path(scratch)
-        run("apt-get", "download", kernel_package(meta_package), cwd=scratch)
-        package, = scratch.glob("*.deb")
-        root = scratch / "root"
-        unpack(package, root)
-        run("busybox", "depmod", "-b", str(root), files(root)[1].name)
-        root.rename(target)
-
-
 def update_lists():
     sudo = [] if run("id", "-u").strip() == "0" else ["sudo"]
     run(*sudo, "apt-get", "update")
+
+
+def download(meta_package, directory):
+    """Fetches the kernel's package into an empty directory."""
+    try:
+        run("apt-get", "download", kernel_package(meta_package), cwd=directory)
+    except (subprocess.CalledProcessError, LookupError):
+        update_lists()  # Package lists that are missing or out of date name no file that can be had.
+        run("apt-get", "download", kernel_package(meta_package), cwd=directory)
+    package, = directory.glob("*.deb")
+    return package
+
+
+def fill(meta_package, target):
+    """Fills `target`, which comes into being only when it is complete."""
+    with tempfile.TemporaryDirectory(dir=target.parent) as scratch:
+        scratch = pathlib.Path(scratch)
+        root = scratch / "root"
+        unpack(download(meta_package, scratch), root)
+        run("busybox", "depmod", "-b", str(root), files(root)[1].name)
+        root.rename(target)
 
 
 def cached(cache, meta_package):
@@ -64,11 +75,7 @@ def cached(cache, meta_package):
     cache.mkdir(parents=True, exist_ok=True)
     root = cache / meta_package
     if not root.exists():
-        try:
-            download(meta_package, root)
-        except (subprocess.CalledProcessError, AttributeError):
-            update_lists()  # Package lists that are missing or out of date name no file that can be had.
-            download(meta_package, root)
+        fill(meta_package, root)
     return files(root)
 
 

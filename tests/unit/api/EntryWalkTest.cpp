@@ -117,7 +117,7 @@ TEST_F(RunEntry, EndsAtTrailingBytesThatAreNoWholeCommand) {
 }
 
 TEST_F(RunEntry, RepeatsACommandOfAFormThatItsKindDoesNotHaveAsLongAsItSucceeds) {
-  // Flagged for nothing it always does; the alarm ends what would not end.
+  // A command without control bits always succeeds, so it is repeated for ever; the alarm ends it.
   const IadtEntry entry = StartWith({Command::Raw(Bytes(28, 0))});
   constexpr useconds_t kPatience = 100000;
   const auto run = [&] {

@@ -539,7 +539,8 @@ TEST_F(Temperature8, IsInHundredthsOfADegree) {
 }
 
 TEST_F(Temperature8, WrapsIn32BitsWhenItIsNegative) {
-  // 65536 - 0x180 * 256 = -32768, in 32 bits 4294934528; a hundredth of it, to the 4 degrees that a float tells apart.
+  // 65536 - 0x180 * 256 = -32768, in 32 bits 4294934528; a hundredth of it, negated, to the 4 degrees
+  // that a float tells apart.
   board.Ports(0x300, {0x80, 0x01, 0x00});
   Bytes wide = Long(0x300, 2).Build();
   wide.resize(21);

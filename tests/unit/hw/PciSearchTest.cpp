@@ -214,7 +214,7 @@ TEST(FindPciCheckId, WithoutPrivilegePrintsOncePerReadAndFailsWhateverIsWanted) 
     unsigned char mode;
     int messages;
   };
-  // All ones match all ones; a mode that is not known reads nothing.
+  // What is read counts as all ones, which match nothing, not even all ones; a mode that is not known reads nothing.
   for (const Case& each :
        {Case{0x29308086, 0, 1}, Case{0xFFFFFFFF, 0, 1}, Case{0xFFFFFF, 1, 1}, Case{0xFFFFFFFF, 2, 0}}) {
     bool result = true;

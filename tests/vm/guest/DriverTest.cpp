@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <functional>
 #include <vector>
 
@@ -39,9 +40,13 @@ class DriverAndLibrary : public Driver {
  protected:
   void SetUp() override {
     Driver::SetUp();
+    if (HasFatalFailure()) return;
     ASSERT_EQ(1, VynLibDllInit());
   }
-  void TearDown() override { EXPECT_EQ(1, VynLibDllUnInit()); }
+  void TearDown() override {
+    if (HasFatalFailure()) return;
+    EXPECT_EQ(1, VynLibDllUnInit());
+  }
 };
 
 struct Timing {

@@ -32,7 +32,10 @@ int Start(char* const arguments[], pid_t* child) {
   const int error = posix_spawnp(child, arguments[0], &actions, nullptr, arguments, environ);
   posix_spawn_file_actions_destroy(&actions);
   close(ends[1]);
-  if (error != 0) throw std::runtime_error(std::string("cannot start ") + arguments[0]);
+  if (error != 0) {
+    close(ends[0]);
+    throw std::runtime_error(std::string("cannot start ") + arguments[0]);
+  }
   return ends[0];
 }
 
@@ -48,7 +51,11 @@ int LoadSmbusDriver() {
 
 KernelSmbus::KernelSmbus(int bus, uint8_t slave)
     : descriptor_(open(("/dev/i2c-" + std::to_string(bus)).c_str(), O_RDWR | O_CLOEXEC)) {
-  if (ioctl(descriptor_, I2C_SLAVE, slave >> 1) != 0) throw std::runtime_error("the driver offers no such slave");
+  if (descriptor_ < 0) throw std::runtime_error("the bus has no device file");
+  if (ioctl(descriptor_, I2C_SLAVE, slave >> 1) != 0) {
+    close(descriptor_);
+    throw std::runtime_error("the driver offers no such slave");
+  }
 }
 
 KernelSmbus::~KernelSmbus() { close(descriptor_); }
