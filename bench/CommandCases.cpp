@@ -5,6 +5,8 @@
 #include "bench/Fixture.h"
 #include "hw/Platform.h"
 
+using namespace layout;
+
 namespace bench {
 
 namespace {

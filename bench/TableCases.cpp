@@ -4,8 +4,10 @@
 
 #include "bench/Case.h"
 #include "bench/Fixture.h"
-#include "hw/LittleEndian.h"
 #include "hw/Platform.h"
+#include "layout/LittleEndian.h"
+
+using namespace layout;
 
 namespace bench {
 

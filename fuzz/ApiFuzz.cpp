@@ -13,8 +13,10 @@
 #include "api/TVyn.h"
 #include "fuzz/Bounded.h"
 #include "fuzz/FuzzMachine.h"
-#include "hw/LittleEndian.h"
+#include "layout/LittleEndian.h"
 #include "vynlib/vynlib.h"
+
+using namespace layout;
 
 namespace {
 

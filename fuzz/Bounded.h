@@ -16,7 +16,7 @@ inline void FitForms(const TIADTable& table) {
         const auto step = cursor.Advance();
         if (step == api::CommandCursor::Step::kImpossible) break;
         if (step == api::CommandCursor::Step::kStays)
-          *opcode = static_cast<unsigned char>((*opcode & ~unsigned{kFormMask}) | kFormDirect);
+          *opcode = static_cast<unsigned char>((*opcode & ~unsigned{layout::kFormMask}) | layout::kFormDirect);
       }
     }
   }

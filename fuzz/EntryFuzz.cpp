@@ -10,6 +10,8 @@
 #include "tables/TIADTable.h"
 #include "tables/TIAxTCommon.h"
 
+using namespace layout;
+
 namespace {
 
 constexpr uint8_t kSensorTypes[][2] = {{2, 1}, {2, 2}, {2, 3}, {3, 1}, {3, 2}, {3, 3},

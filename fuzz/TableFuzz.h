@@ -6,7 +6,7 @@
 #include <memory>
 #include <span>
 
-#include "hw/LittleEndian.h"
+#include "layout/LittleEndian.h"
 
 namespace fuzz {
 
@@ -16,7 +16,7 @@ inline std::unique_ptr<unsigned char[]> Table(const char* signature, std::span<c
   const size_t length = kHeaderBytes + records.size();
   auto table = std::make_unique<unsigned char[]>(length);
   std::memcpy(table.get(), signature, 4);
-  Store32(table.get() + 4, static_cast<uint32_t>(length));
+  layout::Store32(table.get() + 4, static_cast<uint32_t>(length));
   std::copy(records.begin(), records.end(), table.get() + kHeaderBytes);
   return table;
 }

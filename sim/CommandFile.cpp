@@ -7,6 +7,8 @@
 #include "sim/FirmwareFile.h"
 
 namespace sim {
+
+using namespace layout;
 namespace {
 
 constexpr uint64_t kByte = 0xFF, kWord = 0xFFFF, kDword = 0xFFFFFFFF;

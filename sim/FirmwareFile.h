@@ -22,10 +22,10 @@ struct ControlWord {
   uint16_t get, set;
 };
 inline constexpr ControlWord kControlWords[] = {
-    {"read", kGetReads, kSetReads},
-    {"write", kGetWrites, kSetWrites},
-    {"and", kGetAnd, kSetAnd},
-    {"or", kGetOr, kSetOr},
+    {"read", layout::kGetReads, layout::kSetReads},
+    {"write", layout::kGetWrites, layout::kSetWrites},
+    {"and", layout::kGetAnd, layout::kSetAnd},
+    {"or", layout::kGetOr, layout::kSetOr},
 };
 
 /// Units of delays as board files write them.
@@ -33,7 +33,8 @@ struct DelayWord {
   std::string_view word;
   uint8_t unit;
 };
-inline constexpr DelayWord kDelayWords[] = {{"us", kMicroseconds}, {"ms", kMilliseconds}, {"s", kSeconds}};
+inline constexpr DelayWord kDelayWords[] = {
+    {"us", layout::kMicroseconds}, {"ms", layout::kMilliseconds}, {"s", layout::kSeconds}};
 
 /// Reads [bios], [iadt], [iamt], [[feature]], [[sensor]], [[record]] and [sequences] of the file's root; throws
 /// BoardFileError.

@@ -8,6 +8,8 @@
 
 namespace sim {
 
+using namespace layout;
+
 void Put(Bytes* bytes, size_t offset, size_t size, uint64_t value) {
   if (bytes->size() < offset + size) bytes->resize(offset + size);
   for (size_t i = 0; i < size; ++i) (*bytes)[offset + i] = static_cast<uint8_t>(value >> (8 * i));

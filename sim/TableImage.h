@@ -20,8 +20,8 @@
 #include <utility>
 #include <vector>
 
+#include "layout/AccessCommand.h"
 #include "sim/RecordTypes.h"
-#include "tables/AccessCommand.h"
 
 namespace sim {
 
@@ -47,7 +47,7 @@ class Command {
   static Command Smbus(uint8_t slave, uint8_t command);
   static Command Pci(uint8_t bus, uint8_t device, uint8_t function, uint16_t reg);
   static Command Msr(uint32_t number);
-  static Command Delay(DelayUnit unit, uint16_t count);
+  static Command Delay(layout::DelayUnit unit, uint16_t count);
   /// Any bytes at all.
   static Command Raw(Bytes bytes);
 
@@ -75,10 +75,10 @@ class Command {
   const Bytes& Build() const { return bytes_; }
 
  private:
-  Command(CommandKind kind, CommandForm form);
-  Command& Field(CommandField CommandLayout::*field, uint64_t value);
+  Command(layout::CommandKind kind, layout::CommandForm form);
+  Command& Field(layout::CommandField layout::CommandLayout::*field, uint64_t value);
   Bytes bytes_;
-  const CommandLayout* layout_ = nullptr;
+  const layout::CommandLayout* layout_ = nullptr;
 };
 
 /// One function description record.

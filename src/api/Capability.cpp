@@ -9,10 +9,12 @@
 #include "api/EntryWalk.h"
 #include "api/Library.h"
 #include "api/Text.h"
-#include "hw/LittleEndian.h"
-#include "tables/AcpiLayout.h"
+#include "layout/AcpiLayout.h"
+#include "layout/LittleEndian.h"
 #include "tables/TIAMTable.h"
 #include "vynlib/vynlib.h"
+
+using namespace layout;
 
 namespace api {
 

@@ -11,6 +11,8 @@
 
 namespace api {
 
+using namespace layout;
+
 namespace {
 
 constexpr size_t kLongestCommand = [] {

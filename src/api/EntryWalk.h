@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "tables/AccessCommand.h"
+#include "layout/AccessCommand.h"
 #include "tables/TIADTable.h"
 
 namespace api {
@@ -32,12 +32,12 @@ class CommandCursor {
   /// Whether all bytes of the current command belong to the entry; to be asked before anything is done with it.
   bool Fits() {
     if (remaining_ <= 0) return false;
-    layout_ = FindLayout(*command_);
+    layout_ = layout::FindLayout(*command_);
     return (layout_ != nullptr ? layout_->length : ReachWithoutLayout(*command_)) <= remaining_;
   }
   unsigned char* Command() const { return command_; }
   /// Null when the kind is unknown or has no such form.
-  const CommandLayout* Layout() const { return layout_; }
+  const layout::CommandLayout* Layout() const { return layout_; }
 
   enum class Step { kMoved, kStays, kImpossible };
   /// Moves behind the current command. One whose form does not fit its kind has no length: the cursor stays.
@@ -56,7 +56,7 @@ class CommandCursor {
 
   unsigned char* command_;
   int64_t remaining_;
-  const CommandLayout* layout_ = nullptr;
+  const layout::CommandLayout* layout_ = nullptr;
 };
 
 /// Runs the commands of an ordinary entry in order, up to the first that fails. A command whose form does not fit its

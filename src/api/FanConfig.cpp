@@ -15,8 +15,10 @@
 #include "api/EntryWalk.h"
 #include "api/Library.h"
 #include "api/Text.h"
-#include "hw/LittleEndian.h"
+#include "layout/LittleEndian.h"
 #include "vynlib/vynlib.h"
+
+using namespace layout;
 
 using namespace api;
 

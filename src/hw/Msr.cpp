@@ -3,8 +3,10 @@
 #include <safe_str_lib.h>
 
 #include "hw/DeviceFile.h"
-#include "hw/LittleEndian.h"
 #include "hw/TReadWrite.h"
+#include "layout/LittleEndian.h"
+
+using namespace layout;
 
 unsigned long long TReadWrite::rdmsr_on_cpu(unsigned int msr) {
   constexpr int kCpu = 0;  // always the first CPU, whatever the name suggests; this is meant

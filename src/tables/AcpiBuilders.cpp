@@ -5,11 +5,13 @@
 
 #include <safe_mem_lib.h>
 
-#include "hw/LittleEndian.h"
-#include "tables/AcpiLayout.h"
+#include "layout/AcpiLayout.h"
+#include "layout/LittleEndian.h"
 #include "tables/TAcpiBase.h"
 #include "tables/TIADTable.h"
 #include "tables/TIAMTable.h"
+
+using namespace layout;
 
 namespace {
 uint32_t LengthOf(const unsigned char* table) { return Load32(table + acpi::kLengthOffset); }

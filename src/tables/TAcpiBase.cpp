@@ -5,9 +5,11 @@
 #include <cstring>
 #include <new>
 
-#include "hw/LittleEndian.h"
 #include "hw/TReadWrite.h"
-#include "tables/AcpiLayout.h"
+#include "layout/AcpiLayout.h"
+#include "layout/LittleEndian.h"
+
+using namespace layout;
 
 namespace {
 

@@ -4,7 +4,9 @@
 
 #include <safe_mem_lib.h>
 
-#include "tables/AcpiLayout.h"
+#include "layout/AcpiLayout.h"
+
+using namespace layout;
 
 namespace {
 

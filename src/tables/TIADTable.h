@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "hw/LittleEndian.h"
+#include "layout/LittleEndian.h"
 
 /// Offsets within an IADT record, and the lists that its types go to.
 namespace iadt {
@@ -73,7 +73,7 @@ class IadtEntry {
   uint8_t Index() const { return node_[iadt::kIndex]; }
   uint8_t Value() const { return node_[iadt::kValue]; }
   /// Of the whole record, header included.
-  uint32_t Length() const { return Load32(node_ + iadt::kLength); }
+  uint32_t Length() const { return layout::Load32(node_ + iadt::kLength); }
   /// 20 bytes, NUL-padded but not always NUL-terminated.
   const char* Name() const { return reinterpret_cast<const char*>(node_ + iadt::kName); }
   /// Of an ordinary node: Length() - 27 command bytes.

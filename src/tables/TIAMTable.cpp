@@ -6,7 +6,9 @@
 
 #include <safe_mem_lib.h>
 
-#include "tables/AcpiLayout.h"
+#include "layout/AcpiLayout.h"
+
+using namespace layout;
 
 TIAMTable* TIAMTable::g_Instance = nullptr;
 

@@ -7,10 +7,12 @@
 #include <iterator>
 #include <utility>
 
-#include "hw/LittleEndian.h"
 #include "hw/Platform.h"
 #include "hw/TReadWrite.h"
+#include "layout/LittleEndian.h"
 #include "smbus/TSMBus.h"
+
+using namespace layout;
 
 namespace {
 

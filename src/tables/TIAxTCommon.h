@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tables/AccessCommand.h"
+#include "layout/AccessCommand.h"
 
 class TReadWrite;
 class TSMBus;

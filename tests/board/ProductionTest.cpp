@@ -10,6 +10,8 @@
 #include "tests/support/TrappedMachine.h"
 #include "vynlib/vynlib.h"
 
+using namespace layout;
+
 using sim::Command;
 using testing::ElementsAre;
 

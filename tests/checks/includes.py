@@ -9,16 +9,17 @@ import sys
 
 # What the files of a folder may include from the project, by the beginning of the name.
 ALLOWED = {
-    "src/text": ("text/",),
-    "src/hw": ("hw/",),
-    "src/script": ("script/", "text/", "hw/"),
-    "src/smbus": ("smbus/", "script/", "text/", "hw/"),
-    "src/tables": ("tables/", "smbus/", "script/", "text/", "hw/"),
-    "src/api": ("api/", "tables/", "smbus/", "script/", "text/", "hw/", "vynlib/vynlib.h"),
-    "sim": ("sim/", "hw/Platform.h", "hw/LittleEndian.h", "tables/AccessCommand.h", "tables/AcpiLayout.h"),
+    "src/layout": ("layout/",),
+    "src/text": ("text/", "layout/"),
+    "src/hw": ("hw/", "layout/"),
+    "src/script": ("script/", "text/", "hw/", "layout/"),
+    "src/smbus": ("smbus/", "script/", "text/", "hw/", "layout/"),
+    "src/tables": ("tables/", "smbus/", "script/", "text/", "hw/", "layout/"),
+    "src/api": ("api/", "tables/", "smbus/", "script/", "text/", "hw/", "layout/", "vynlib/vynlib.h"),
+    "sim": ("sim/", "hw/Platform.h", "layout/"),
     "tools/vynctl": ("vynlib/vynlib.h",),
 }
-FOLDERS = ("text/", "hw/", "script/", "smbus/", "tables/", "api/", "sim/", "vynlib/")
+FOLDERS = ("layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "sim/", "vynlib/")
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)
 
 

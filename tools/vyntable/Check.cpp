@@ -11,6 +11,8 @@
 #include "vyntable/Commands.h"
 
 namespace vyntable {
+
+using namespace layout;
 namespace {
 
 constexpr uint8_t kWatchdogType = 25, kFanConfigType = 26, kIdValue = 240;

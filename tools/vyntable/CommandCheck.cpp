@@ -3,6 +3,8 @@
 #include <fmt/core.h>
 
 namespace vyntable {
+
+using namespace layout;
 namespace {
 
 constexpr uint32_t kLastPort = 0xFFFF;

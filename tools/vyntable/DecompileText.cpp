@@ -8,6 +8,8 @@
 #include "vyntable/Words.h"
 
 namespace vyntable {
+
+using namespace layout;
 namespace {
 
 sim::Firmware CompileText(const std::string& text) { return sim::ParseBoard(text, "decompiled").firmware; }

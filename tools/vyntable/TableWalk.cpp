@@ -5,6 +5,8 @@
 #include <fmt/core.h>
 
 namespace vyntable {
+
+using namespace layout;
 namespace {
 
 constexpr size_t kRecordLengthOffset = 3;

@@ -16,9 +16,9 @@ using View = std::span<const uint8_t>;
 struct CommandView {
   size_t offset;  ///< in the table
   View bytes;
-  const CommandLayout* layout = nullptr;
+  const layout::CommandLayout* layout = nullptr;
 
-  uint64_t Field(CommandField field) const;
+  uint64_t Field(layout::CommandField field) const;
   uint16_t Control() const;
   uint8_t Opcode() const { return bytes[0]; }
 };

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 namespace vyntable {
+
+using namespace layout;
 namespace {
 
 std::string ByteCount(const CommandView& command) {

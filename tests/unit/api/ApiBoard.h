@@ -78,7 +78,7 @@ inline Command PortIs(uint16_t port, uint8_t value) { return Command::Port(port)
 inline Command PortPut(uint16_t port, uint8_t value) { return Command::Port(port).Set(0, value); }
 /// Fails in setting unless the port holds `value`; does nothing in reading.
 inline Command PortMustBe(uint16_t port, uint8_t value) {
-  return Command::Port(port).Control(kSetReads).Expected(value);
+  return Command::Port(port).Control(layout::kSetReads).Expected(value);
 }
 /// A kind that cannot be stepped over, flagged for nothing.
 inline Command UnknownKind() { return Command::Raw({0x19, 0x00, 0x00, 0, 0, 0, 0, 0}); }

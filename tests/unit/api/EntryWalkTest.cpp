@@ -5,6 +5,8 @@
 
 #include "tests/unit/api/ApiBoard.h"
 
+using namespace layout;
+
 using namespace apitest;
 using api::CommandCursor;
 using api::Ran;

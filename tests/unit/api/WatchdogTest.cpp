@@ -2,6 +2,8 @@
 
 #include "tests/unit/api/ApiBoard.h"
 
+using namespace layout;
+
 using namespace apitest;
 using sim::In8;
 using sim::Out8;

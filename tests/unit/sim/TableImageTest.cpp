@@ -6,6 +6,8 @@
 #include <numeric>
 #include <stdexcept>
 
+using namespace layout;
+
 namespace {
 
 using sim::Bytes;

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+using namespace layout;
+
 namespace {
 
 using namespace vyntable;

@@ -7,6 +7,8 @@
 
 #include "sim/BoardFile.h"
 
+using namespace layout;
+
 namespace {
 
 using namespace vyntable;

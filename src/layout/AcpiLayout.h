@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace acpi {
+namespace layout::acpi {
 
 inline constexpr size_t kSignatureBytes = 4;
 inline constexpr size_t kHeaderBytes = 36;
@@ -43,4 +43,4 @@ namespace mcfg {
 inline constexpr size_t kAllocations = 44, kAllocationBytes = 16, kMinimumBytes = 44;
 }
 
-}  // namespace acpi
+}  // namespace layout::acpi

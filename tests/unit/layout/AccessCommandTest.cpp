@@ -1,8 +1,10 @@
-#include "tables/AccessCommand.h"
+#include "layout/AccessCommand.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
+
+using namespace layout;
 
 TEST(CommandLayouts, EveryKindAndFormStandsOnce) {
   std::set<std::pair<int, int>> seen;

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace layout {
+
 /// Access kind: bits 2-5 of the opcode byte, taken in place.
 enum CommandKind : uint8_t {
   kCommandMemory = 0x00,
@@ -109,3 +111,5 @@ constexpr const CommandLayout* FindKind(uint8_t opcode) {
     if (row.kind == KindOf(opcode) && (shortest == nullptr || row.length < shortest->length)) shortest = &row;
   return shortest;
 }
+
+}  // namespace layout

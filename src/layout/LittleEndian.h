@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+namespace layout {
+
 inline uint16_t Load16(const void* bytes) {
   uint16_t value;
   std::memcpy(&value, bytes, sizeof value);
@@ -25,3 +27,5 @@ inline uint64_t Load64(const void* bytes) {
 inline void Store32(void* bytes, uint32_t value) { std::memcpy(bytes, &value, sizeof value); }
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "x86-64 only");
+
+}  // namespace layout

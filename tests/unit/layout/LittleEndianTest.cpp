@@ -1,6 +1,8 @@
-#include "hw/LittleEndian.h"
+#include "layout/LittleEndian.h"
 
 #include <gtest/gtest.h>
+
+using namespace layout;
 
 namespace {
 const uint8_t kBytes[] = {0xEE, 0x01, 0x02, 0x03, 0x84, 0x05, 0x06, 0x07, 0x88};
