@@ -3,24 +3,37 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace layout::acpi {
 
 inline constexpr size_t kSignatureBytes = 4;
 inline constexpr size_t kHeaderBytes = 36;
-inline constexpr size_t kLengthOffset = 4;
+inline constexpr size_t kLengthOffset = 4, kRevisionOffset = 8, kChecksumOffset = 9;
+
+/// Where firmware with a BIOS leaves its root pointer and the BIOS information record.
+inline constexpr uint32_t kBiosArea = 0xE0000, kBiosAreaBytes = 0x20000;
+
+/// Far above what firmware publishes; they end the reading of hostile tables.
+namespace limits {
+inline constexpr size_t kMostTables = 4096;
+inline constexpr uint32_t kLargestTable = 16u << 20;    ///< bytes
+inline constexpr uint64_t kMostBytesRead = 256u << 20;  ///< of all tables together
+}  // namespace limits
 
 /// Root pointer, in the BIOS area on a 16-byte boundary.
 namespace rsdp {
 inline constexpr char kSignature[] = "RSD PTR ";
 inline constexpr size_t kChecksummedBytes = 20;  ///< also its length in revision 0
 inline constexpr size_t kBytes = 36;
-inline constexpr size_t kRevision = 15, kRsdtAddress = 16, kLength = 20;
+inline constexpr size_t kSignatureBytes = sizeof kSignature - 1;
+inline constexpr size_t kChecksum = 8, kRevision = 15, kRsdtAddress = 16, kLength = 20;
 }  // namespace rsdp
 
 namespace rsdt {
+inline constexpr char kSignature[] = "RSDT";
 inline constexpr size_t kEntries = 36, kEntryBytes = 4;
-}
+}  // namespace rsdt
 
 namespace fadt {
 inline constexpr size_t kFacs = 36, kDsdt = 40, kSciInterrupt = 46, kSmiCommand = 48, kAcpiEnable = 52,

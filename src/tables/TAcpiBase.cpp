@@ -13,16 +13,11 @@ using namespace layout;
 
 namespace {
 
-constexpr uint32_t kBiosArea = 0xE0000;
-constexpr uint32_t kBiosAreaBytes = 0x20000;
 constexpr uint32_t kParagraph = 16;
 constexpr uint32_t kNoPcieBase = 0xFFFFFFFF;
 constexpr uint64_t kNotFound = 0xFFFFFFFF;
 
-/// Far above what firmware publishes; they end the walk over hostile tables.
-constexpr size_t kMostTables = 4096;
-constexpr uint32_t kLargestTable = 16u << 20;
-constexpr uint64_t kMostBytesRead = 256u << 20;
+/// Far above what firmware publishes.
 constexpr unsigned kMostSsdtCandidates = 0x10000;
 
 constexpr uint32_t kSsdtAreaBytes = 0x10000;
@@ -81,7 +76,7 @@ TAcpiBase::TAcpiBase()
       Current(nullptr),
       IamTable(nullptr),
       IadTable(nullptr),
-      readBudget_(kMostBytesRead),
+      readBudget_(acpi::limits::kMostBytesRead),
       candidateBudget_(kMostSsdtCandidates) {
   InitKQConfig();
   BuildRSDP();
@@ -106,7 +101,7 @@ uint64_t TAcpiBase::Find(uint32_t start, uint32_t length, const char* text, uint
 }
 
 void TAcpiBase::BuildRSDP() {
-  const uint64_t address = Find(kBiosArea, kBiosAreaBytes, acpi::rsdp::kSignature, 0);
+  const uint64_t address = Find(acpi::kBiosArea, acpi::kBiosAreaBytes, acpi::rsdp::kSignature, 0);
   // Only the first copy of the signature is tried.
   if (address == kNotFound || !VerifyRSDP(static_cast<uint32_t>(address))) std::puts("TAcpiBase::BuildRSDP Failed !!");
 }
@@ -139,7 +134,7 @@ void TAcpiBase::VisitTable(TableEntry* entry) {
 }
 
 void TAcpiBase::Append(uint32_t address, uint32_t length) {
-  if (!appending_ || Tables->size() >= kMostTables) return;
+  if (!appending_ || Tables->size() >= acpi::limits::kMostTables) return;
   Tables->push_back(std::make_unique<TableEntry>(TableEntry{address, length}));
 }
 
@@ -151,7 +146,7 @@ TableHeader TAcpiBase::ReadHeader(uint32_t address) {
 
 /// A copy of a whole table; null when it cannot be read or is larger than the limits allow.
 std::unique_ptr<unsigned char[]> TAcpiBase::ReadTable(uint32_t address, uint32_t length) {
-  if (length > kLargestTable || length > readBudget_) return nullptr;
+  if (length > acpi::limits::kLargestTable || length > readBudget_) return nullptr;
   readBudget_ -= length;
   std::unique_ptr<unsigned char[]> table(new (std::nothrow) unsigned char[length]);
   if (table != nullptr && !Read(address, table.get(), length)) table.reset();
