@@ -4,13 +4,19 @@
  *
  * Conventions
  *
- * Start    Call VynLibDllInit() first and VynLibDllUnInit() last. The process must run as root (the simulated library,
- *          libvynlib-sim, needs no privilege). Calls must not overlap: the library takes no locks.
+ * Start    Call VynLibDllInit() first and VynLibDllUnInit() last. The process must run as root or hold CAP_SYS_RAWIO
+ *          and the right to open /dev/mem (the simulated library, libvynlib-sim, needs no privilege). After
+ *          VynLibDllUnInit() the functions report, by design, that the board does not
+ *          offer it, until the next VynLibDllInit().
+ * Threads  Any thread may call, those made before VynLibDllInit() included. Calls must not overlap: the library takes
+ *          no locks. The right to use ports belongs to a thread: VynLibDllInit() gives it to its own, any other gets it
+ *          when it first calls. VynLibDllUnInit() takes it from its own thread; others keep it until they end. Threads
+ *          and processes inherit it from the thread that makes them.
  * Result   Truth values are int: 1 success, 0 failure. Every call leaves a code in the last error, 0 on success, with
  *          the exceptions named at the functions.
- * Selector The last argument of most functions. 0 asks only whether the board offers the function (no hardware is
- *          touched); 1 or 2 performs it (some functions accept 2 only, as noted); anything else is
- *          VYNLIB_ERROR_SELECTOR.
+ * Selector The last argument of most functions. 0 asks only whether the board offers the function: no hardware is
+ *          touched, and index and value are not looked at. 1 or 2 performs it ("performs with 2 only" where noted: 1 is
+ *          refused there, 0 still asks). Anything else is VYNLIB_ERROR_SELECTOR.
  * Values   Entry values (which byte means "on", which LVDS type, which colour) are the firmware's and pass through
  *          unchanged.
  * Outputs  Pointers must be valid. Readers write a sentinel first (0xFF, 0xFFFF, 0, 0.0) and leave it on failure.
@@ -46,7 +52,9 @@ extern "C" {
 
 /* Global codes. */
 #define VYNLIB_OK 0
-#define VYNLIB_ERROR_NOT_INITIALISED 1 /* also: the I/O privilege level could not be raised */
+/* Also: the I/O privilege level could not be raised, be it for want of root or CAP_SYS_RAWIO, by kernel lockdown
+ * (Secure Boot), by a service's sandbox, or because the kernel has no iopl; "vynctl doctor" tells which. */
+#define VYNLIB_ERROR_NOT_INITIALISED 1
 #define VYNLIB_ERROR_SELECTOR 12
 #define VYNLIB_ERROR_KIND 13        /* VynLibGetWhichIOToBeUse: kind not 1 to 26 */
 #define VYNLIB_ERROR_NO_ID_ENTRY 16 /* no identifying entry of that name */
@@ -119,23 +127,23 @@ VYNLIB_API uint64_t VynLibDllGetLastError(void);
 /* COM port type, family 0x02. */
 VYNLIB_API int VynLibGetComType(uint8_t index, uint8_t* result, uint8_t selector);
 VYNLIB_API int VynLibSetComType(uint8_t index, uint8_t value, uint8_t selector);
-/* LVDS panel state, family 0x06. Set accepts selector 2 only. */
+/* LVDS panel state, family 0x06. Set performs with 2 only. */
 VYNLIB_API int VynLibGetLVDSState(uint8_t* result, uint8_t selector);
 VYNLIB_API int VynLibSetLVDSState(uint8_t value, uint8_t selector);
-/* LVDS panel type, family 0x07. Set accepts selector 2 only. */
+/* LVDS panel type, family 0x07. Set performs with 2 only. */
 VYNLIB_API int VynLibGetLVDSType(uint8_t* result, uint8_t selector);
 VYNLIB_API int VynLibSetLVDSType(uint8_t value, uint8_t selector);
 /* Backlight, family 0x19; can only be set. Failure is sub-code 0x01, no entry 0x03. */
 VYNLIB_API int VynLibBacklightCtrl(uint8_t value, uint8_t selector);
-/* Manufacturing mode, family 0x08. Selector 2 only. */
+/* Manufacturing mode, family 0x08. Performs with 2 only. */
 VYNLIB_API int VynLibGetMFGState(uint8_t* result, uint8_t selector);
-/* On-board TPM, family 0x09. Set accepts selector 2 only. */
+/* On-board TPM, family 0x09. Set performs with 2 only. */
 VYNLIB_API int VynLibGetOnboardTPMState(uint8_t* result, uint8_t selector);
 VYNLIB_API int VynLibSetOnboardTPMState(uint8_t value, uint8_t selector);
-/* ME descriptor, family 0x0A. Selector 2 only. */
+/* ME descriptor, family 0x0A. Performs with 2 only. */
 VYNLIB_API int VynLibGetMEDescriptorState(uint8_t* result, uint8_t selector);
 VYNLIB_API int VynLibSetMEDescriptorState(uint8_t value, uint8_t selector);
-/* PCIe bandwidth mode, family 0x0B. Selector 2 only. */
+/* PCIe bandwidth mode, family 0x0B. Performs with 2 only. */
 VYNLIB_API int VynLibGetPcieBandwidthMode(uint8_t* result, uint8_t selector);
 /* USB power, family 0x0C. */
 VYNLIB_API int VynLibGetUsbPwrState(uint8_t* result, uint8_t selector);
@@ -146,21 +154,21 @@ VYNLIB_API int VynLibSetBTState(uint8_t value, uint8_t selector);
 /* Wi-Fi, family 0x0E. */
 VYNLIB_API int VynLibGetWifiState(uint8_t* result, uint8_t selector);
 VYNLIB_API int VynLibSetWifiState(uint8_t value, uint8_t selector);
-/* OTP, family 0x0F. Set accepts selector 2 only. */
+/* OTP, family 0x0F. Set performs with 2 only. */
 VYNLIB_API int VynLibGetOTPState(uint8_t* result, uint8_t selector);
 VYNLIB_API int VynLibSetOTPState(uint8_t value, uint8_t selector);
 /* AT mode, family 0x11. */
 VYNLIB_API int VynLibGetATModeState(uint8_t* result, uint8_t selector);
-/* Intel power solution, family 0x12. Selector 2 only. */
+/* Intel power solution, family 0x12. Performs with 2 only. */
 VYNLIB_API int VynLibGetIntelPwrSolutionState(uint8_t* result, uint8_t selector);
 VYNLIB_API int VynLibSetIntelPwrSolutionState(uint8_t value, uint8_t selector);
-/* Thunderbolt CIO plug detection, family 0x13. Selector 2 only. */
+/* Thunderbolt CIO plug detection, family 0x13. Performs with 2 only. */
 VYNLIB_API int VynLibDetectTbCIOPlug(uint8_t* result, uint8_t selector);
-/* Thunderbolt FRC power, family 0x14. Selector 2 only. */
+/* Thunderbolt FRC power, family 0x14. Performs with 2 only. */
 VYNLIB_API int VynLibGetTbFRCPowerState(uint8_t* result, uint8_t selector);
 /*
- * Board version, family 0x15. Selector 2 only. Stores 0xFFFF, then (number of matching entries) * 256 + bits, where an
- * entry of index i (0 to 7) and odd value sets bit i. Code 0x1501 when no entry matches.
+ * Board version, family 0x15. Performs with 2 only. Stores 0xFFFF, then (number of matching entries) * 256 + bits,
+ * where an entry of index i (0 to 7) and odd value sets bit i. Code 0x1501 when no entry matches.
  */
 VYNLIB_API int VynLibMBVersionState(uint16_t* result, uint8_t selector);
 /* Digital I/O state, family 0x16. The result is 0, not 0xFF, once an entry of the index was tried and failed. */
@@ -212,10 +220,10 @@ VYNLIB_API int VynLibGetFanSpeed(const char* name, uint16_t* rpm, uint8_t select
 VYNLIB_API int VynLibGetCurrent(const char* name, float* value, uint8_t selector);
 
 /*
- * Sensor names. With `names` null, stores how many there are in `*count`. Otherwise `names` points to `*count` buffers
- * of VYNLIB_NAME_BYTES each. A count that differs from the number of sensors returns 1, copies nothing and leaves the
- * last error as it was; so does a successful copy leave it. A null buffer is 0x304, 0x404, 0x505 or 0x1A03.
- * A name that fills all 20 bytes of its record without a terminator is returned empty.
+ * Sensor names. With `names` null, stores how many there are in `*count`. Otherwise `names` is an array of `*count`
+ * pointers, each to a buffer of VYNLIB_NAME_BYTES. A count that differs from the number of sensors returns 1, copies
+ * nothing and leaves the last error as it was; so does a successful copy leave it. A null buffer is 0x304, 0x404, 0x505
+ * or 0x1A03. A name that fills all 20 bytes of its record without a terminator is returned empty.
  */
 VYNLIB_API int VynLibGetVoltageNames(char** names, uint8_t* count, uint8_t selector);
 VYNLIB_API int VynLibGetTemperatureNames(char** names, uint8_t* count, uint8_t selector);
@@ -233,7 +241,8 @@ VYNLIB_API int VynLibGetCurrentNames(char** names, uint8_t* count, uint8_t selec
 
 /*
  * Activates, sets the count mode, sets the interval, starts counting. Failures of the mode and of starting are
- * tolerated: the call then returns 1, and the last error holds 0x1704 or 0x1709 when starting failed.
+ * tolerated: the call then returns 1, and the last error holds 0x1704 or 0x1709 when starting failed. A count mode that
+ * was refused leaves no trace in the last error: ask VynLibWDTGetCountMode() where it matters.
  */
 VYNLIB_API int VynLibWDTEnable(uint8_t interval, uint8_t mode, uint8_t selector);
 /*
@@ -256,7 +265,10 @@ VYNLIB_API int VynLibWDTGetCountMode(uint8_t* mode, uint8_t selector);
  * block; 0x1805 the count is not that of the mode in element 0; 0x1806 no entry of the fan matched.
  */
 
-/* As the sensor names, but a differing count returns 0 with 0x1803 and success leaves code 0. */
+/*
+ * As the sensor names, but a differing count returns 0 with 0x1803 and success leaves code 0. The names of entries that
+ * identify the fan's controller (they contain "Id") are among them; VynLibGetFANModeSupport() finds no modes of those.
+ */
 VYNLIB_API int VynLibGetFanConfigNames(char** names, uint8_t* count, uint8_t selector);
 /* Bit m of `*modes` (0 to 2) is set when the fan has mode m. The outcome is the last error alone. */
 VYNLIB_API void VynLibGetFANModeSupport(const char* name, uint8_t* modes);

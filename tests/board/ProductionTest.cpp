@@ -84,7 +84,7 @@ TEST_F(ProductionLibraryOnABoard, MapsMemoryForEachAccessAndLetsItGo) {
   uint8_t state = 9;
   EXPECT_EQ(VynLibGetWifiState(&state, 2), 1);
   EXPECT_EQ(state, 5);
-  EXPECT_THAT(machine.Log(), testing::IsSupersetOf({"open /dev/mem O_RDONLY", "close"}));
+  EXPECT_THAT(machine.Log(), testing::IsSupersetOf({"open /dev/mem O_RDONLY|O_CLOEXEC", "close"}));
   EXPECT_EQ(machine.OpenDescriptors(), 0u);
   EXPECT_EQ(machine.LiveMappings(), 0u);
 }

@@ -51,7 +51,7 @@ TEST(ProductionLibrary, StartsOnFirmwareInAMemoryImageAndLetsGoOfEverything) {
   machine.StoreMemory(0xF0123, BiosRecord("TRAPPED-1"));
   EXPECT_THAT(Printed([] { EXPECT_EQ(VynLibDllInit(), 1); }), HasSubstr("ModelName::TRAPPED-1\n"));
   EXPECT_EQ(machine.Log().front(), "iopl 3");
-  EXPECT_EQ(machine.Log()[1], "open /dev/mem O_RDONLY");
+  EXPECT_EQ(machine.Log()[1], "open /dev/mem O_RDONLY|O_CLOEXEC");
   EXPECT_EQ(VynLibDllUnInit(), 1);
   EXPECT_EQ(machine.Log().back(), "iopl 0");
   EXPECT_EQ(machine.OpenDescriptors(), 0u);

@@ -20,6 +20,8 @@ namespace {
 
 constexpr char kMemoryPath[] = "/dev/mem";
 constexpr char kMsrPath[] = "/dev/cpu/0/msr";
+constexpr char kTableFolder[] = "/sys/firmware/acpi/tables";
+constexpr char kMemoryMap[] = "/proc/iomem";
 constexpr off_t kImageBytes = off_t{1} << 40;
 constexpr greg_t kGeneralProtection = 13;
 constexpr greg_t kWriteFault = 2;
@@ -57,7 +59,14 @@ std::string Words(int value, const char* none, const Flag (&flags)[n]) {
 }
 
 std::string OpenFlags(int flags) {
-  return Words(flags, "O_RDONLY", {{O_RDWR, "O_RDWR"}, {O_WRONLY, "O_WRONLY"}, {O_SYNC, "O_SYNC"}});
+  const std::string mode = (flags & O_ACCMODE) == O_RDONLY ? "O_RDONLY" : "";
+  const std::string rest = Words(flags, nullptr,
+                                 {{O_RDWR, "O_RDWR"},
+                                  {O_WRONLY, "O_WRONLY"},
+                                  {O_SYNC, "O_SYNC"},
+                                  {O_DIRECTORY, "O_DIRECTORY"},
+                                  {O_CLOEXEC, "O_CLOEXEC"}});
+  return mode.empty() || rest.empty() ? mode + rest : mode + "|" + rest;
 }
 std::string Protection(int protection) {
   return Words(protection, "PROT_NONE",
@@ -169,7 +178,8 @@ std::vector<uint8_t> TrappedMachine::LoadMemory(uint64_t address, size_t count) 
 // --- system calls ---
 
 bool TrappedMachine::IsDevice(const char* path) {
-  return std::strcmp(path, kMemoryPath) == 0 || std::strncmp(path, "/dev/cpu/", 9) == 0;
+  return std::strcmp(path, kMemoryPath) == 0 || std::strncmp(path, "/dev/cpu/", 9) == 0 ||
+         std::strcmp(path, kTableFolder) == 0;
 }
 
 int TrappedMachine::Iopl(int level) {
@@ -179,6 +189,10 @@ int TrappedMachine::Iopl(int level) {
 
 int TrappedMachine::Open(const char* path, int flags) {
   Write("open %s %s", path, OpenFlags(flags).c_str());
+  if (std::strcmp(path, kTableFolder) == 0) {
+    if (tableFolder.empty()) return Fail(ENOENT);
+    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, tableFolder.c_str(), flags, 0));
+  }
   const bool memory = memDevice && std::strcmp(path, kMemoryPath) == 0;
   if (!memory && !(msrDevice && std::strcmp(path, kMsrPath) == 0)) return Fail(ENOENT);
   // A descriptor of its own, in the access mode asked for, so that the kernel refuses what /dev/mem would refuse.
@@ -186,6 +200,14 @@ int TrappedMachine::Open(const char* path, int flags) {
   const long descriptor = syscall(SYS_openat, AT_FDCWD, file.c_str(), flags, 0);
   if (descriptor >= 0) descriptors_[static_cast<int>(descriptor)] = memory ? Device::kMemory : Device::kMsr;
   return static_cast<int>(descriptor);
+}
+
+/// The file to open in place of `path`; null when there is none.
+const char* TrappedMachine::OpenStream(const char* path) {
+  if (std::strcmp(path, kMemoryMap) != 0) return path;
+  Write("fopen %s", path);
+  if (memoryMap.empty()) errno = ENOENT;
+  return memoryMap.empty() ? nullptr : memoryMap.c_str();
 }
 
 int TrappedMachine::Close(int descriptor) {
@@ -198,7 +220,11 @@ void* TrappedMachine::Map(void* hint, size_t length, int protection, int flags, 
   Write("mmap 0x%llx+%zu %s %s", static_cast<unsigned long long>(offset), length, Protection(protection).c_str(),
         MapFlags(flags).c_str());
   const bool inside = offset >= 0 && offset < kImageBytes && length <= static_cast<size_t>(kImageBytes - offset);
-  const bool allowed = mappable && inside && descriptors_.at(descriptor) == Device::kMemory;
+  const auto page = static_cast<uint64_t>(offset);
+  const bool hidden = std::any_of(refused.begin(), refused.end(), [&](const auto& range) {
+    return range.first / 4096 * 4096 < page + length && page < (range.second + 4095) / 4096 * 4096;
+  });
+  const bool allowed = mappable && inside && !hidden && descriptors_.at(descriptor) == Device::kMemory;
   if (!allowed) {
     errno = EPERM;
     return MAP_FAILED;
@@ -321,6 +347,12 @@ int open(const char* path, int flags, ...) {
   va_end(arguments);
   if (current && TrappedMachine::IsDevice(path)) return current->Open(path, flags);
   return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
+
+FILE* fopen(const char* path, const char* mode) {
+  static const auto real = reinterpret_cast<FILE* (*)(const char*, const char*)>(dlsym(RTLD_NEXT, "fopen"));
+  const char* file = current ? current->OpenStream(path) : path;
+  return file ? real(file, mode) : nullptr;
 }
 
 int close(int descriptor) {

@@ -1,6 +1,6 @@
 /// A machine in place of the real one for the production platform: no hardware, no privilege, no simulated platform.
 ///
-/// Linking `trapped_machine` puts definitions of iopl, open, close, mmap, munmap, pread, sysconf, system and usleep
+/// Linking `trapped_machine` puts definitions of iopl, open, fopen, close, mmap, munmap, pread, sysconf, system and usleep
 /// into the test program. They serve the program's own copy of the platform as well as that of libvynlib.so.1 and act
 /// on the machine that lives at the moment; calls that are none of its business pass through. IN and OUT trap, for the
 /// I/O privilege level is never raised, and are carried out by the machine.
@@ -20,6 +20,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 class TrappedMachine {
@@ -36,6 +37,11 @@ class TrappedMachine {
   bool mappable = true;    ///< and mapped
   bool msrDevice = true;   ///< "/dev/cpu/0/msr" can be opened
   long pageSize = 4096;    ///< what sysconf says; mappings need a multiple of 4096
+
+  /// Physical addresses from the first up to, without, the second: "/dev/mem" does not map any page of them.
+  std::vector<std::pair<uint64_t, uint64_t>> refused;
+  std::string tableFolder;  ///< stands for "/sys/firmware/acpi/tables"; none when empty
+  std::string memoryMap;    ///< stands for "/proc/iomem"; none when empty
 
   /// Answer IN and OUT; `width` is 1, 2 or 4 bytes. At first over independent byte registers, 0xFF where none was set.
   std::function<uint32_t(uint16_t port, unsigned width)> in;
@@ -55,7 +61,8 @@ class TrappedMachine {
   /// One line per event, in order:
   ///     iopl 3                                        sysconf _SC_PAGESIZE
   ///     in8 0x80 -> 0x5a                              out32 0xcf8 <- 0x8000fb20
-  ///     open /dev/mem O_RDONLY                        open /dev/mem O_RDWR|O_SYNC
+  ///     open /dev/mem O_RDONLY|O_CLOEXEC              open /dev/mem O_RDWR|O_SYNC|O_CLOEXEC
+  ///     open /sys/firmware/acpi/tables O_RDONLY|...   fopen /proc/iomem
   ///     mmap 0x1000+36 PROT_READ MAP_SHARED           munmap 36
   ///     pread 8 at 0x19c                              close
   ///     system modprobe msr                           usleep 10
@@ -79,6 +86,7 @@ class TrappedMachine {
   bool Owns(const void* address) const { return mappings_.count(address) != 0; }
   int Iopl(int level);
   int Open(const char* path, int flags);
+  const char* OpenStream(const char* path);
   int Close(int descriptor);
   void* Map(void* hint, size_t length, int protection, int flags, int descriptor, off_t offset);
   int Unmap(void* address, size_t length);

@@ -3,9 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/time.h>
+
 #include <array>
+#include <chrono>
+#include <csignal>
 #include <filesystem>
+#include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "hw/Platform.h"
@@ -75,7 +81,8 @@ TEST(PlatformOpen, OpensForReadingOnlyOrForSynchronousWriting) {
   EXPECT_GE(writing, 0);
   platform::Close(reading);
   platform::Close(writing);
-  EXPECT_THAT(machine.Log(), ElementsAre("open /dev/mem O_RDONLY", "open /dev/mem O_RDWR|O_SYNC", "close", "close"));
+  EXPECT_THAT(machine.Log(), ElementsAre("open /dev/mem O_RDONLY|O_CLOEXEC", "open /dev/mem O_RDWR|O_SYNC|O_CLOEXEC",
+                                         "close", "close"));
 }
 
 TEST(PlatformOpen, ReportsFailure) {
@@ -127,8 +134,8 @@ TEST(PlatformReadAt, ReadsAtTheOffsetAndReportsTheCount) {
   EXPECT_EQ(platform::ReadAt(device, bytes, 8, 0x10), 3);
   EXPECT_EQ(platform::ReadAt(device, bytes, 8, 0x11), -1);
   platform::Close(device);
-  EXPECT_THAT(machine.Log(), ElementsAre("open /dev/cpu/0/msr O_RDONLY", "pread 8 at 0x19c", "pread 8 at 0x10",
-                                         "pread 8 at 0x11", "close"));
+  EXPECT_THAT(machine.Log(), ElementsAre("open /dev/cpu/0/msr O_RDONLY|O_CLOEXEC", "pread 8 at 0x19c",
+                                         "pread 8 at 0x10", "pread 8 at 0x11", "close"));
 }
 
 TEST(PlatformCommand, IsRunByTheShell) {
@@ -142,6 +149,109 @@ TEST(PlatformSleep, IsGivenInMicroseconds) {
   platform::SleepMicroseconds(0);
   platform::SleepMicroseconds(100000);
   EXPECT_THAT(machine.Log(), ElementsAre("usleep 0", "usleep 100000"));
+}
+
+TEST(PlatformSleep, IsNotShortenedBySignals) {
+  struct sigaction action {};
+  action.sa_handler = [](int) {};
+  struct sigaction former;
+  sigaction(SIGALRM, &action, &former);
+  const itimerval everyMillisecond = {{0, 1000}, {0, 1000}};
+  const itimerval never = {};
+  setitimer(ITIMER_REAL, &everyMillisecond, nullptr);
+  const auto start = std::chrono::steady_clock::now();
+  platform::SleepMicroseconds(30000);
+  const auto slept = std::chrono::steady_clock::now() - start;
+  setitimer(ITIMER_REAL, &never, nullptr);
+  sigaction(SIGALRM, &former, nullptr);
+  EXPECT_GE(slept, std::chrono::milliseconds(30));
+}
+
+TEST(PlatformThreads, AreRaisedAtTheirFirstPortAccessAfterTheStart) {
+  TrappedMachine machine;
+  platform::SetIoPrivilegeLevel(3);
+  std::thread([] {
+    platform::Out8(0x80, 1);
+    platform::Out8(0x80, 2);
+  }).join();
+  platform::Out8(0x80, 3);
+  platform::SetIoPrivilegeLevel(0);
+  EXPECT_THAT(machine.Log(),
+              ElementsAre("iopl 3", "iopl 3", "out8 0x80 <- 0x01", "out8 0x80 <- 0x02", "out8 0x80 <- 0x03", "iopl 0"));
+}
+
+TEST(PlatformThreads, AreRaisedAgainAfterAnotherStart) {
+  TrappedMachine machine;
+  std::promise<void> restarted, ready;
+  platform::SetIoPrivilegeLevel(3);
+  std::thread worker([&] {
+    platform::Out8(0x80, 1);
+    ready.set_value();
+    restarted.get_future().wait();
+    platform::Out8(0x80, 2);
+  });
+  ready.get_future().wait();
+  platform::SetIoPrivilegeLevel(0);
+  platform::SetIoPrivilegeLevel(3);
+  restarted.set_value();
+  worker.join();
+  platform::SetIoPrivilegeLevel(0);
+  EXPECT_THAT(machine.Log(), ElementsAre("iopl 3", "iopl 3", "out8 0x80 <- 0x01", "iopl 0", "iopl 3", "iopl 3",
+                                         "out8 0x80 <- 0x02", "iopl 0"));
+}
+
+TEST(PlatformThreads, LoseTheirLevelAtTheirFirstPortAccessAfterTheEnd) {
+  TrappedMachine machine;
+  machine.SetPort(0x300, 0x5A);
+  std::promise<void> ended, ready;
+  platform::SetIoPrivilegeLevel(3);
+  uint8_t read = 0;
+  std::thread worker([&] {
+    platform::Out8(0x80, 1);
+    ready.set_value();
+    ended.get_future().wait();
+    read = platform::In8(0x300);
+  });
+  ready.get_future().wait();
+  platform::SetIoPrivilegeLevel(0);
+  ended.set_value();
+  worker.join();
+  EXPECT_THAT(machine.Log(), ElementsAre("iopl 3", "iopl 3", "out8 0x80 <- 0x01", "iopl 0", "iopl 0"));
+  EXPECT_EQ(read, 0xFF);
+}
+
+TEST(PlatformThreads, ReadAllOnesAndWriteNothingWhereTheLevelIsRefused) {
+  TrappedMachine machine;
+  platform::SetIoPrivilegeLevel(3);
+  machine.privileged = false;
+  std::thread([] {
+    EXPECT_EQ(platform::In8(0x300), 0xFF);
+    EXPECT_EQ(platform::In16(0x300), 0xFFFF);
+    EXPECT_EQ(platform::In32(0x300), 0xFFFFFFFF);
+    platform::Out32(0x300, 1);
+  }).join();
+  platform::SetIoPrivilegeLevel(0);
+  EXPECT_THAT(machine.Log(), ElementsAre("iopl 3", "iopl 3", "iopl 3", "iopl 3", "iopl 3", "iopl 0"));
+}
+
+TEST(PlatformThreads, AreNotRaisedByAStartThatFailed) {
+  TrappedMachine machine;
+  machine.privileged = false;
+  platform::SetIoPrivilegeLevel(3);
+  platform::SetIoPrivilegeLevel(0);
+  machine.privileged = true;
+  std::thread([] { platform::Out8(0x80, 1); }).join();
+  EXPECT_THAT(machine.Log(), ElementsAre("iopl 3", "iopl 0", "out8 0x80 <- 0x01"));
+}
+
+TEST(PlatformThreads, KeepTheLevelOfAStartThatOutlivesAnother) {
+  TrappedMachine machine;
+  platform::SetIoPrivilegeLevel(3);
+  platform::SetIoPrivilegeLevel(3);
+  platform::SetIoPrivilegeLevel(0);
+  platform::Out8(0x80, 1);
+  platform::SetIoPrivilegeLevel(0);
+  EXPECT_THAT(machine.Log(), ElementsAre("iopl 3", "iopl 3", "iopl 0", "iopl 3", "out8 0x80 <- 0x01", "iopl 0"));
 }
 
 TEST(ProductionTReadWrite, RaisesAndDropsThePrivilegeLevel) {
@@ -175,7 +285,7 @@ TEST(ProductionPciReadWord, WritesTheAddressAsADwordFirst) {
 TEST(ProductionMemory, IsOpenedMappedUnmappedAndClosedByEachRead) {
   Production p;
   p.machine.StoreMemory(0x1022, {0x34, 0x12});
-  const Lines each = {"open /dev/mem O_RDONLY", "sysconf _SC_PAGESIZE", "mmap 0x1000+37 PROT_READ MAP_SHARED",
+  const Lines each = {"open /dev/mem O_RDONLY|O_CLOEXEC", "sysconf _SC_PAGESIZE", "mmap 0x1000+37 PROT_READ MAP_SHARED",
                       "munmap 37", "close"};
   EXPECT_EQ(p.rw.MemoryReadWord(0x1023), 0x1234);
   EXPECT_EQ(p.machine.Log(), each);
@@ -189,7 +299,7 @@ TEST(ProductionMemory, IsOpenedMappedUnmappedAndClosedByEachWrite) {
   EXPECT_TRUE(p.rw.MemoryWriteDword(0x10000000A, 0xCAFEBABE));
   EXPECT_EQ(p.machine.LoadMemory(0x100000007, 6), (std::vector<uint8_t>{0, 0xBE, 0xBA, 0xFE, 0xCA, 0}));
   EXPECT_THAT(p.machine.Log(),
-              ElementsAre("open /dev/mem O_RDWR|O_SYNC", "sysconf _SC_PAGESIZE",
+              ElementsAre("open /dev/mem O_RDWR|O_SYNC|O_CLOEXEC", "sysconf _SC_PAGESIZE",
                           "mmap 0x100000000+14 PROT_READ|PROT_WRITE MAP_SHARED", "munmap 14", "close"));
 }
 
@@ -198,14 +308,14 @@ TEST(ProductionMemory, IsMappedFromTheSystemsPageOn) {
   p.machine.pageSize = 16384;
   p.machine.StoreMemory(0x5001, {0x5A});
   EXPECT_EQ(p.rw.MemoryReadByte(0x5001), 0x5A);
-  EXPECT_THAT(p.machine.Log(), ElementsAre("open /dev/mem O_RDONLY", "sysconf _SC_PAGESIZE",
+  EXPECT_THAT(p.machine.Log(), ElementsAre("open /dev/mem O_RDONLY|O_CLOEXEC", "sysconf _SC_PAGESIZE",
                                            "mmap 0x4000+4098 PROT_READ MAP_SHARED", "munmap 4098", "close"));
 }
 
 TEST(ProductionMemory, OfCountZeroOnAPageBoundaryCannotBeMapped) {
   Production p;
   EXPECT_FALSE(p.rw.MemoryReadBlock(0x1000, nullptr, 0));
-  EXPECT_THAT(p.machine.Log(), ElementsAre("open /dev/mem O_RDONLY", "sysconf _SC_PAGESIZE",
+  EXPECT_THAT(p.machine.Log(), ElementsAre("open /dev/mem O_RDONLY|O_CLOEXEC", "sysconf _SC_PAGESIZE",
                                            "mmap 0x1000+0 PROT_READ MAP_SHARED", "close"));
 }
 
@@ -214,7 +324,8 @@ TEST(ProductionMemory, IsNotMappedWhenItCannotBeOpened) {
   p.machine.memDevice = false;
   EXPECT_EQ(p.rw.MemoryReadDword(0x1000), 0xFFFFFFFFu);
   EXPECT_FALSE(p.rw.MemoryWriteByte(0x1000, 1));
-  EXPECT_THAT(p.machine.Log(), ElementsAre("open /dev/mem O_RDONLY", "open /dev/mem O_RDWR|O_SYNC"));
+  EXPECT_THAT(p.machine.Log(),
+              ElementsAre("open /dev/mem O_RDONLY|O_CLOEXEC", "open /dev/mem O_RDWR|O_SYNC|O_CLOEXEC"));
 }
 
 TEST(ProductionMemory, AboveWhatCanBeMappedFails) {
@@ -319,7 +430,8 @@ TEST(ProductionPciEWriteByte, ReadsAndWritesTheWholeDword) {
 TEST(ProductionRdmsrOnCpu, RunsModprobeAndReadsTheFirstCpuOnEveryCall) {
   Production p;
   p.machine.msrs[0xC0000080] = {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88};
-  const Lines each = {"system modprobe msr", "open /dev/cpu/0/msr O_RDONLY", "pread 8 at 0xc0000080", "close"};
+  const Lines each = {"system modprobe msr", "open /dev/cpu/0/msr O_RDONLY|O_CLOEXEC", "pread 8 at 0xc0000080",
+                      "close"};
   EXPECT_EQ(p.rw.rdmsr_on_cpu(0xC0000080), 0x8877665544332211u);
   EXPECT_EQ(p.machine.Log(), each);
   p.machine.ClearLog();
@@ -331,14 +443,15 @@ TEST(ProductionRdmsrOnCpu, WithoutTheDeviceReturnsZero) {
   Production p;
   p.machine.msrDevice = false;
   EXPECT_EQ(p.rw.rdmsr_on_cpu(0x10), 0u);
-  EXPECT_THAT(p.machine.Log(), ElementsAre("system modprobe msr", "open /dev/cpu/0/msr O_RDONLY"));
+  EXPECT_THAT(p.machine.Log(), ElementsAre("system modprobe msr", "open /dev/cpu/0/msr O_RDONLY|O_CLOEXEC"));
 }
 
 TEST(ProductionRdmsrOnCpu, LeavesTheDescriptorOfAShortReadOpen) {
   Production p;
   p.machine.msrs[0x10] = {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77};
   EXPECT_EQ(p.rw.rdmsr_on_cpu(0x10), 0u);
-  EXPECT_THAT(p.machine.Log(), ElementsAre("system modprobe msr", "open /dev/cpu/0/msr O_RDONLY", "pread 8 at 0x10"));
+  EXPECT_THAT(p.machine.Log(),
+              ElementsAre("system modprobe msr", "open /dev/cpu/0/msr O_RDONLY|O_CLOEXEC", "pread 8 at 0x10"));
   EXPECT_EQ(p.machine.OpenDescriptors(), 1u);
 }
 
