@@ -6,8 +6,8 @@
  *
  * Start    Call VynLibDllInit() first and VynLibDllUnInit() last. The process must run as root or hold CAP_SYS_RAWIO
  *          and the right to open /dev/mem (the simulated library, libvynlib-sim, needs no privilege). After
- *          VynLibDllUnInit() the functions report, by design, that the board does not
- *          offer it, until the next VynLibDllInit().
+ *          VynLibDllUnInit() the functions report, by design, that the board does not offer them, until the next
+ *          VynLibDllInit().
  * Threads  Any thread may call, those made before VynLibDllInit() included. Calls must not overlap: the library takes
  *          no locks. The right to use ports belongs to a thread: VynLibDllInit() gives it to its own, any other gets it
  *          when it first calls. VynLibDllUnInit() takes it from its own thread; others keep it until they end. Threads

@@ -1,5 +1,5 @@
 // The real machine: each function is the system call or the instruction it is named for, and what makes that hold on
-// every thread and through signals.
+// every thread, through signals, and on kernels that hide the firmware's tables.
 #include <fcntl.h>
 #include <sys/io.h>
 #include <sys/mman.h>
@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "hw/FirmwareMemory.h"
 #include "hw/Platform.h"
 
 namespace platform {
@@ -41,6 +42,12 @@ inline bool MayUsePorts() {
   return FollowTheStarts();
 }
 
+/// Outlives every call, those made while the process ends included.
+FirmwareMemory& Firmware() {
+  static FirmwareMemory& memory = *new FirmwareMemory;
+  return memory;
+}
+
 timespec Now() {
   timespec now;
   clock_gettime(CLOCK_MONOTONIC, &now);
@@ -68,7 +75,10 @@ int SetIoPrivilegeLevel(int level) {
     return result;
   }
   raisedBy = 0;
-  if (notEnded > 0 && --notEnded == 0) inForce = 0;
+  if (notEnded > 0 && --notEnded == 0) {
+    inForce = 0;
+    Firmware().Forget();
+  }
   return result;
 }
 
@@ -92,8 +102,8 @@ int Open(const char* path, OpenMode mode) {
 void Close(int descriptor) { close(descriptor); }
 
 void* Map(int descriptor, uint64_t offset, size_t length, bool writable) {
-  const int protection = writable ? PROT_READ | PROT_WRITE : PROT_READ;
-  void* address = mmap(nullptr, length, protection, MAP_SHARED, descriptor, static_cast<off_t>(offset));
+  if (!writable) return Firmware().Map(descriptor, offset, length);
+  void* address = mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, static_cast<off_t>(offset));
   return address == MAP_FAILED ? nullptr : address;
 }
 
