@@ -45,8 +45,7 @@ void CheckDots(std::string_view text) {
 LoadedBoard Read(std::string_view text, const std::string& name) {
   if (text.size() > kBoardFileLimit) throw BoardFileError(1, "expected a file of at most 4 MiB");
   CheckDots(text);
-  const toml::table document = toml::parse(text, name);
-  TomlSection root(document, "the board file");
+  TomlSection root = TomlSection::Parse(text, name, "the board file");
   LoadedBoard loaded;
   auto board = std::make_unique<Board>();
   board->logging = false;
@@ -63,8 +62,6 @@ LoadedBoard Read(std::string_view text, const std::string& name) {
 LoadedBoard ParseBoard(std::string_view text, const std::string& name) {
   try {
     return Read(text, name);
-  } catch (const toml::parse_error& error) {
-    return Failed(name, static_cast<unsigned>(error.source().begin.line), std::string(error.description()));
   } catch (const BoardFileError& error) {
     return Failed(name, error.line, error.what());
   }

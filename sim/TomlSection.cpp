@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <set>
+
+#include <toml++/toml.h>
 
 namespace sim {
 namespace {
@@ -59,30 +62,54 @@ std::optional<Bytes> ParseHex(std::string_view text) {
   return high < 0 ? std::optional(bytes) : std::nullopt;
 }
 
-TomlSection::TomlSection(const toml::table& table, std::string name)
-    : table_(&table), name_(std::move(name)), line_(std::max(1u, LineOfNode(table))) {}
+struct TomlSection::Content {
+  Content(std::shared_ptr<const toml::table> text, const toml::table& part, std::string what)
+      : whole(std::move(text)), table(part), name(std::move(what)), line(std::max(1u, LineOfNode(part))) {}
+
+  const toml::node* Ask(std::string_view key) {
+    asked.emplace(key);
+    return table.get(key);
+  }
+  TomlSection Part(const toml::table& part, std::string what) const {
+    return TomlSection(std::make_shared<Content>(whole, part, std::move(what)));
+  }
+
+  std::shared_ptr<const toml::table> whole;  ///< lives as long as any of its parts
+  const toml::table& table;
+  std::string name;
+  unsigned line;
+  std::set<std::string, std::less<>> asked;
+};
+
+TomlSection TomlSection::Parse(std::string_view text, std::string_view source, std::string name) {
+  try {
+    const auto whole = std::make_shared<const toml::table>(toml::parse(text, source));
+    return TomlSection(std::make_shared<Content>(whole, *whole, std::move(name)));
+  } catch (const toml::parse_error& error) {
+    throw BoardFileError(static_cast<unsigned>(error.source().begin.line), std::string(error.description()));
+  }
+}
+
+unsigned TomlSection::Line() const { return content_->line; }
+
+bool TomlSection::Has(std::string_view key) const { return content_->table.contains(key); }
 
 unsigned TomlSection::LineOf(std::string_view key) const {
-  const toml::node* node = table_->get(key);
-  return node && LineOfNode(*node) ? LineOfNode(*node) : line_;
+  const toml::node* node = content_->table.get(key);
+  return node && LineOfNode(*node) ? LineOfNode(*node) : content_->line;
 }
 
 bool TomlSection::IsList(std::string_view key) const {
-  const toml::node* node = table_->get(key);
+  const toml::node* node = content_->table.get(key);
   return node && !node->is_integer();
 }
 
 void TomlSection::Fail(std::string_view key, const std::string& expected) const {
-  throw BoardFileError(LineOf(key), "\"" + std::string(key) + "\" of " + name_ + " must be " + expected);
-}
-
-const toml::node* TomlSection::Ask(std::string_view key) {
-  asked_.emplace(key);
-  return table_->get(key);
+  throw BoardFileError(LineOf(key), "\"" + std::string(key) + "\" of " + content_->name + " must be " + expected);
 }
 
 std::optional<uint64_t> TomlSection::Number(std::string_view key, uint64_t max) {
-  const toml::node* node = Ask(key);
+  const toml::node* node = content_->Ask(key);
   if (!node) return std::nullopt;
   const auto value = NumberOf(*node, max);
   if (!value) Fail(key, UpTo(max));
@@ -95,19 +122,20 @@ uint64_t TomlSection::Number(std::string_view key, uint64_t max, uint64_t otherw
 
 uint64_t TomlSection::Need(std::string_view key, uint64_t max) {
   const auto value = Number(key, max);
-  if (!value) throw BoardFileError(line_, name_ + " needs \"" + std::string(key) + "\", " + UpTo(max));
+  if (!value)
+    throw BoardFileError(content_->line, content_->name + " needs \"" + std::string(key) + "\", " + UpTo(max));
   return *value;
 }
 
 bool TomlSection::Flag(std::string_view key, bool otherwise) {
-  const toml::node* node = Ask(key);
+  const toml::node* node = content_->Ask(key);
   if (!node) return otherwise;
   if (!node->is_boolean()) Fail(key, "true or false");
   return node->as_boolean()->get();
 }
 
 std::optional<std::string> TomlSection::Text(std::string_view key, size_t maxLength) {
-  const toml::node* node = Ask(key);
+  const toml::node* node = content_->Ask(key);
   if (!node) return std::nullopt;
   const auto* text = node->as_string();
   if (!text || text->get().size() > maxLength)
@@ -117,12 +145,12 @@ std::optional<std::string> TomlSection::Text(std::string_view key, size_t maxLen
 
 std::string TomlSection::NeedText(std::string_view key, size_t maxLength) {
   const auto text = Text(key, maxLength);
-  if (!text) throw BoardFileError(line_, name_ + " needs \"" + std::string(key) + "\", a text");
+  if (!text) throw BoardFileError(content_->line, content_->name + " needs \"" + std::string(key) + "\", a text");
   return *text;
 }
 
 std::optional<Bytes> TomlSection::ByteList(std::string_view key) {
-  const toml::node* node = Ask(key);
+  const toml::node* node = content_->Ask(key);
   if (!node) return std::nullopt;
   if (const auto* text = node->as_string()) {
     const auto bytes = ParseHex(text->get());
@@ -136,56 +164,56 @@ std::optional<Bytes> TomlSection::ByteList(std::string_view key) {
 
 std::vector<uint64_t> TomlSection::Numbers(std::string_view key, uint64_t max) {
   std::vector<uint64_t> values;
-  const toml::node* node = Ask(key);
+  const toml::node* node = content_->Ask(key);
   if (!node) return values;
   const auto* list = node->as_array();
   if (!list || list->size() > kListLimit) Fail(key, "a list of numbers");
   for (const toml::node& element : *list) {
     const auto value = NumberOf(element, max);
     if (!value)
-      throw BoardFileError(LineOfNode(element),
-                           "\"" + std::string(key) + "\" of " + name_ + " must hold " + UpTo(max) + " in each place");
+      throw BoardFileError(LineOfNode(element), "\"" + std::string(key) + "\" of " + content_->name + " must hold " +
+                                                    UpTo(max) + " in each place");
     values.push_back(*value);
   }
   return values;
 }
 
 std::optional<TomlSection> TomlSection::Sub(std::string_view key) {
-  const toml::node* node = Ask(key);
+  const toml::node* node = content_->Ask(key);
   if (!node) return std::nullopt;
   if (!node->is_table()) Fail(key, "a table");
-  return TomlSection(*node->as_table(), "[" + std::string(key) + "]");
+  return content_->Part(*node->as_table(), "[" + std::string(key) + "]");
 }
 
 std::vector<TomlSection> TomlSection::List(std::string_view key) {
   std::vector<TomlSection> sections;
-  const toml::node* node = Ask(key);
+  const toml::node* node = content_->Ask(key);
   if (!node) return sections;
   const auto* list = node->as_array();
   if (!list || list->size() > kListLimit) Fail(key, "a list of tables");
   for (const toml::node& element : *list) {
     if (!element.is_table()) throw BoardFileError(LineOfNode(element), "\"" + std::string(key) + "\" must hold tables");
-    sections.emplace_back(*element.as_table(), "[[" + std::string(key) + "]]");
+    sections.push_back(content_->Part(*element.as_table(), "[[" + std::string(key) + "]]"));
   }
   return sections;
 }
 
 std::vector<std::string> TomlSection::Keys() {
   std::vector<std::string> keys;
-  for (const auto& [key, value] : *table_) keys.emplace_back(key.str());
-  for (const std::string& key : keys) asked_.insert(key);
+  for (const auto& [key, value] : content_->table) keys.emplace_back(key.str());
+  for (const std::string& key : keys) content_->asked.insert(key);
   return keys;
 }
 
 void TomlSection::Finish() const {
-  for (const auto& [key, value] : *table_)
-    if (!asked_.contains(key.str()))
-      throw BoardFileError(std::max(line_, LineOfNode(value)),
-                           "\"" + std::string(key.str()) + "\" is not a key of " + name_);
+  for (const auto& [key, value] : content_->table)
+    if (!content_->asked.contains(key.str()))
+      throw BoardFileError(std::max(content_->line, LineOfNode(value)),
+                           "\"" + std::string(key.str()) + "\" is not a key of " + content_->name);
 }
 
 std::pair<unsigned, unsigned> TomlSection::Position() const {
-  const auto& begin = table_->source().begin;
+  const auto& begin = content_->table.source().begin;
   return {static_cast<unsigned>(begin.line), static_cast<unsigned>(begin.column)};
 }
 

@@ -3,14 +3,12 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <toml++/toml.h>
 
 #include "sim/TableImage.h"
 
@@ -27,15 +25,17 @@ std::optional<uint64_t> ParseNumber(std::string_view text);
 /// "06 A0 00" or "06a000"; nothing when it is not pairs of hexadecimal digits.
 std::optional<Bytes> ParseHex(std::string_view text);
 
+/// Copies are the same section.
 class TomlSection {
  public:
-  /// `table` must outlive the section; `name` is how complaints call it.
-  TomlSection(const toml::table& table, std::string name);
+  /// The whole of a TOML text, from the file `source`; `name` is how complaints call it.
+  /// @throws BoardFileError when it is no TOML
+  static TomlSection Parse(std::string_view text, std::string_view source, std::string name);
 
-  unsigned Line() const { return line_; }
+  unsigned Line() const;
   /// Of a key's value; the section's own when the key is absent.
   unsigned LineOf(std::string_view key) const;
-  bool Has(std::string_view key) const { return table_->contains(key); }
+  bool Has(std::string_view key) const;
   /// Whether the key's value is something for ByteList and not a single number.
   bool IsList(std::string_view key) const;
   [[noreturn]] void Fail(std::string_view key, const std::string& expected) const;
@@ -63,12 +63,12 @@ class TomlSection {
   std::pair<unsigned, unsigned> Position() const;
 
  private:
-  const toml::node* Ask(std::string_view key);
+  /// The parsed table; the source alone knows the parser.
+  struct Content;
 
-  const toml::table* table_;
-  std::string name_;
-  unsigned line_;
-  std::set<std::string, std::less<>> asked_;
+  explicit TomlSection(std::shared_ptr<Content> content) : content_(std::move(content)) {}
+
+  std::shared_ptr<Content> content_;
 };
 
 }  // namespace sim
