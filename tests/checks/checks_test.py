@@ -30,6 +30,11 @@ class Includes(unittest.TestCase):
     def test_finds_a_tool_that_reaches_behind_the_header(self):
         self.assertEqual(1, len(self.offences("tools/vynctl/main.cpp", '#include "api/Library.h"\n')))
 
+    def test_finds_a_second_source_of_a_slow_header(self):
+        self.assertEqual(1, len(self.offences("tools/vynctl/Context.h", "#include <nlohmann/json.hpp>\n")))
+        self.assertEqual(1, len(self.offences("sim/BoardFile.cpp", "#include <toml++/toml.h>\n")))
+        self.assertEqual([], self.offences("tools/commandline/Parse.cpp", "#include <CLI/CLI.hpp>\n"))
+
     def test_allows_what_lies_below(self):
         self.assertEqual([], self.offences("src/smbus/TSMBus.cpp", '#include "text/VynString.h"\n#include <vector>\n'))
 

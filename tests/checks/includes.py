@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that an include never points up.
+"""Checks that an include never points up, and that headers which are slow to compile are seen by one source each.
 
 usage: includes.py PROJECT_ROOT
 """
@@ -17,21 +17,37 @@ ALLOWED = {
     "src/tables": ("tables/", "smbus/", "script/", "text/", "hw/", "layout/"),
     "src/api": ("api/", "tables/", "smbus/", "script/", "text/", "hw/", "layout/", "vynlib/vynlib.h"),
     "sim": ("sim/", "hw/Platform.h", "layout/"),
-    "tools/vynctl": ("vynlib/vynlib.h",),
+    "tools/commandline": ("commandline/",),
+    "tools/vynctl": ("commandline/", "vynlib/vynlib.h"),
 }
-FOLDERS = ("layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "sim/", "vynlib/")
+FOLDERS = ("layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "sim/", "commandline/", "vynlib/")
+# The one source of the libraries and tools that includes the headers of a package.
+ALONE = {
+    "CLI/": "tools/commandline/Parse.cpp",
+    "nlohmann/": "tools/vynctl/Json.cpp",
+    "toml++/": "sim/TomlSection.cpp",
+}
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)
 
 
-def offences(root):
-    """(file, include) of every include that a folder's row does not allow."""
-    for folder, allowed in ALLOWED.items():
-        for path in sorted((root / folder).rglob("*")):
-            if path.suffix not in (".h", ".cpp", ".c"):
-                continue
+def includes(root, folder):
+    """(file, include) of every include in a folder."""
+    for path in sorted((root / folder).rglob("*")):
+        if path.suffix in (".h", ".cpp", ".c"):
             for name in INCLUDE.findall(path.read_text()):
-                if name.startswith(FOLDERS) and not name.startswith(allowed):
-                    yield path.relative_to(root), name
+                yield path.relative_to(root), name
+
+
+def offences(root):
+    """(file, include) of every include that a folder's row does not allow, or that is another source's alone."""
+    for folder, allowed in ALLOWED.items():
+        for path, name in includes(root, folder):
+            if name.startswith(FOLDERS) and not name.startswith(allowed):
+                yield path, name
+    for folder in ("src", "sim", "tools"):
+        for path, name in includes(root, folder):
+            if any(name.startswith(package) and str(path) != source for package, source in ALONE.items()):
+                yield path, name
 
 
 def main():

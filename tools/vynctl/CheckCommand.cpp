@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <memory>
@@ -100,17 +100,15 @@ std::string Line(const std::vector<Judged>& all) {
   return fmt::format("VYNLIB {} - {} |{}\n", kVerdicts[worst].word, complaints, data);
 }
 
-nlohmann::ordered_json ToJson(const std::vector<Judged>& all) {
-  const Verdict& verdict = kVerdicts[Worst(all)];
-  nlohmann::ordered_json check = {{"status", verdict.word}, {"exit", verdict.exit}};
-  check["sensors"] = nlohmann::ordered_json::array();
+Json::Member ToJson(const Verdict& verdict, const std::vector<Judged>& all) {
+  Json::Array sensors;
   for (const Judged& judged : all) {
-    check["sensors"].push_back({{"id", judged.value.id},
-                                {"status", kVerdicts[judged.gravity].word},
-                                {"warning", Printable(judged.warning.text)},
-                                {"critical", Printable(judged.critical.text)}});
+    sensors.push_back(Json::Object{{"id", judged.value.id},
+                                   {"status", kVerdicts[judged.gravity].word},
+                                   {"warning", Printable(judged.warning.text)},
+                                   {"critical", Printable(judged.critical.text)}});
   }
-  return check;
+  return {"check", Json::Object{{"status", verdict.word}, {"exit", verdict.exit}, {"sensors", sensors}}};
 }
 
 std::vector<Limit> AllLimits(const Arguments& arguments) {
@@ -132,9 +130,7 @@ std::string StrayLimit(const std::vector<Value>& values, const std::vector<Limit
 int Unknown(Context& context, const std::string& why) {
   Document document;
   document.refusal = Refusal{0, why};
-  document.extra["check"] = ToJson({});
-  document.extra["check"]["status"] = kVerdicts[kUnknown].word;
-  document.extra["check"]["exit"] = kVerdicts[kUnknown].exit;
+  document.extra = {ToJson(kVerdicts[kUnknown], {})};
   if (context.options.json) {
     context.Finish(document, "");
   } else {
@@ -154,21 +150,26 @@ int Run(Context& context, const Arguments& arguments) {
   for (const Value& value : values) all.push_back(Judge(value, limits));
   Document document;
   document.values = values;
-  document.extra["check"] = ToJson(all);
+  const Verdict& verdict = kVerdicts[Worst(all)];
+  document.extra = {ToJson(verdict, all)};
   context.Finish(document, Line(all));
-  return kVerdicts[Worst(all)].exit;
+  return verdict.exit;
 }
 
 }  // namespace
 
-Action BuildCheck(CLI::App& app) {
+Syntax DescribeCheck() {
   const auto arguments = std::make_shared<Arguments>();
-  app.add_option("SENSOR", arguments->sensors, "names, identifiers or quantities to check; without: all sensors");
-  app.add_option("-l,--limit", arguments->limits, "SENSOR=WARNING,CRITICAL: ranges of good values (10:20, 500:, ~:80)")
-      ->expected(1)
-      ->take_all();
-  app.add_option("-f,--limits", arguments->file, "file with one such limit per line");
-  return [arguments](Context& context) { return Run(context, *arguments); };
+  return {
+      .arguments = {{.name = "SENSOR",
+                     .target = &arguments->sensors,
+                     .help = "names, identifiers or quantities to check; without: all sensors"},
+                    {.name = "-l,--limit",
+                     .target = &arguments->limits,
+                     .help = "SENSOR=WARNING,CRITICAL: ranges of good values (10:20, 500:, ~:80)",
+                     .oneEach = true},
+                    {.name = "-f,--limits", .target = &arguments->file, .help = "file with one such limit per line"}},
+      .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 
 }  // namespace vynctl

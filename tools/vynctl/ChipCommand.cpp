@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <memory>
 
@@ -74,11 +74,16 @@ int Run(Context& context, const Arguments& arguments) {
 
 }  // namespace
 
-Action BuildChip(CLI::App& app) {
+Syntax DescribeChip() {
   const auto arguments = std::make_shared<Arguments>();
-  app.add_option("KIND", arguments->kind, "1 to 24, 'watchdog' (25) or 'fan' (26)")->required();
-  app.add_option("NAME", arguments->name, "name of the identifying entry, for 'watchdog' and 'fan'");
-  return [arguments](Context& context) { return Run(context, *arguments); };
+  return {.arguments = {{.name = "KIND",
+                         .target = &arguments->kind,
+                         .help = "1 to 24, 'watchdog' (25) or 'fan' (26)",
+                         .required = true},
+                        {.name = "NAME",
+                         .target = &arguments->name,
+                         .help = "name of the identifying entry, for 'watchdog' and 'fan'"}},
+          .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 
 }  // namespace vynctl

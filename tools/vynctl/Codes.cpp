@@ -1,6 +1,6 @@
 #include "Codes.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "vynlib/vynlib.h"
 

@@ -1,6 +1,6 @@
 #include "Context.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <langinfo.h>
 #include <locale.h>
 #include <sys/ioctl.h>
@@ -15,8 +15,6 @@
 namespace vynctl {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr char kSchema[] = "vynctl";
 constexpr int kSchemaVersion = 1;
 constexpr size_t kDefaultWidth = 80;
@@ -26,18 +24,22 @@ Json ToJson(const Data& data) {
   if (const int64_t* number = std::get_if<int64_t>(&data)) return *number;
   if (const double* number = std::get_if<double>(&data)) return *number;
   if (const std::string* text = std::get_if<std::string>(&data)) return *text;
-  if (const auto* list = std::get_if<std::vector<uint8_t>>(&data)) return std::vector<int>(list->begin(), list->end());
-  return nullptr;
+  if (const auto* list = std::get_if<std::vector<uint8_t>>(&data)) return Json::Array(list->begin(), list->end());
+  return {};
 }
 
-Json CodeToJson(uint64_t code, const std::string& words) {
+Json::Object CodeToJson(uint64_t code, const std::string& words) {
   return {{"code", code}, {"hex", Hex(code)}, {"words", words}};
 }
 
+void Append(Json::Object& object, const Json::Object& members) {
+  object.insert(object.end(), members.begin(), members.end());
+}
+
 Json ToJson(const Value& value) {
-  Json json = {{"id", value.id},     {"name", value.name},          {"quantity", value.quantity},
-               {"unit", value.unit}, {"value", ToJson(value.data)}, {"state", ToString(value.state)}};
-  if (value.state != State::kOk) json.update(CodeToJson(value.code, value.words));
+  Json::Object json = {{"id", value.id},     {"name", value.name},          {"quantity", value.quantity},
+                       {"unit", value.unit}, {"value", ToJson(value.data)}, {"state", ToString(value.state)}};
+  if (value.state != State::kOk) Append(json, CodeToJson(value.code, value.words));
   return json;
 }
 
@@ -73,16 +75,21 @@ void Document::RefuseIfNotOk(const Value& value) {
   if (value.state != State::kOk) refusal = Refusal{value.code, value.words};
 }
 
-nlohmann::ordered_json ToJson(const Document& document, const std::string& command, const Options& options,
-                              const Library* library) {
-  Json json = {{"schema", kSchema}, {"version", kSchemaVersion}, {"command", command}};
-  json["model"] = library != nullptr && !library->Model().empty() ? Json(library->Model()) : Json(nullptr);
-  json["simulated"] = !options.load.board.empty();
-  json["ok"] = !document.refusal.has_value();
-  json["error"] = document.refusal ? CodeToJson(document.refusal->code, document.refusal->words) : Json(nullptr);
-  json["values"] = Json::array();
-  for (const Value& value : document.values) json["values"].push_back(ToJson(value));
-  json.update(document.extra);
+Json ToJson(const Document& document, const std::string& command, const Options& options, const Library* library) {
+  Json model, error;
+  if (library != nullptr && !library->Model().empty()) model = library->Model();
+  if (document.refusal) error = CodeToJson(document.refusal->code, document.refusal->words);
+  Json::Array values;
+  for (const Value& value : document.values) values.push_back(ToJson(value));
+  Json::Object json = {{"schema", kSchema},
+                       {"version", kSchemaVersion},
+                       {"command", command},
+                       {"model", model},
+                       {"simulated", !options.load.board.empty()},
+                       {"ok", !document.refusal.has_value()},
+                       {"error", error},
+                       {"values", values}};
+  Append(json, document.extra);
   return json;
 }
 
@@ -95,7 +102,7 @@ Style StyleFor(const Options& options, int descriptor) {
 
 int Context::Finish(const Document& document, const std::string& text) {
   if (options.json) {
-    Print(ToJson(document, command, options, &library).dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+    Print(IndentedText(ToJson(document, command, options, &library)) + '\n');
   } else {
     Print(text);
     if (document.refusal) {

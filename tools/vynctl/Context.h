@@ -1,12 +1,12 @@
 /// What a subcommand works with, and how it hands over its result.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "Json.h"
 #include "Library.h"
 #include "Table.h"
 #include "Value.h"
@@ -38,7 +38,7 @@ struct Refusal {
 struct Document {
   std::vector<Value> values;
   std::optional<Refusal> refusal;
-  nlohmann::ordered_json extra = nlohmann::ordered_json::object();  ///< further top-level members of the JSON form
+  Json::Object extra;  ///< further top-level members of the JSON form
 
   /// A refusal with the library's code and its words.
   static Document Refused(uint64_t code);
@@ -47,8 +47,7 @@ struct Document {
 };
 
 /// The document in JSON after docs/vynctl.schema.json. `library` is null when it did not start.
-nlohmann::ordered_json ToJson(const Document& document, const std::string& command, const Options& options,
-                              const Library* library);
+Json ToJson(const Document& document, const std::string& command, const Options& options, const Library* library);
 
 /// Terminal or not, colours, width: after --color, NO_COLOR, TERM, COLUMNS, the locale and the descriptor.
 Style StyleFor(const Options& options, int descriptor);

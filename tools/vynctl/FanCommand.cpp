@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <memory>
@@ -83,12 +83,17 @@ int Run(Context& context, const Arguments& arguments) {
 
 }  // namespace
 
-Action BuildFan(CLI::App& app) {
+Syntax DescribeFan() {
   const auto arguments = std::make_shared<Arguments>();
-  app.add_option("NAME", arguments->name, "name of the fan, as 'vynctl fans' lists it")->required();
-  app.add_option("VERB", arguments->verb, "'set' to change the fan; without it the fan is shown");
-  app.add_option("NUMBERS", arguments->numbers, "MODE and the mode's parameters, each 0 to 255");
-  return [arguments](Context& context) { return Run(context, *arguments); };
+  return {
+      .arguments =
+          {{.name = "NAME",
+            .target = &arguments->name,
+            .help = "name of the fan, as 'vynctl fans' lists it",
+            .required = true},
+           {.name = "VERB", .target = &arguments->verb, .help = "'set' to change the fan; without it the fan is shown"},
+           {.name = "NUMBERS", .target = &arguments->numbers, .help = "MODE and the mode's parameters, each 0 to 255"}},
+      .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 
 }  // namespace vynctl

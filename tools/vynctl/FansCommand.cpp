@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -42,6 +42,6 @@ std::string FanTable(const std::vector<Fan>& fans, const Style& style, size_t in
   return table.Render(style, indent);
 }
 
-Action BuildFans(CLI::App&) { return Run; }
+Syntax DescribeFans() { return {.run = Run}; }
 
 }  // namespace vynctl

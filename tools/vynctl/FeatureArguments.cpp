@@ -1,6 +1,6 @@
 #include "FeatureArguments.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "Context.h"
 #include "Text.h"

@@ -1,6 +1,6 @@
 #include "Features.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "Codes.h"
 

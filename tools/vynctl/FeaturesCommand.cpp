@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <memory>
 
@@ -41,10 +41,10 @@ int Run(Context& context, bool all) {
 
 }  // namespace
 
-Action BuildFeatures(CLI::App& app) {
+Syntax DescribeFeatures() {
   const auto all = std::make_shared<bool>(false);
-  app.add_flag("-a,--all", *all, "also those that the board does not offer");
-  return [all](Context& context) { return Run(context, *all); };
+  return {.arguments = {{.name = "-a,--all", .target = all.get(), .help = "also those that the board does not offer"}},
+          .run = [all](Context& context) { return Run(context, *all); }};
 }
 
 }  // namespace vynctl

@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <memory>
 
@@ -44,11 +44,16 @@ int Run(Context& context, const Arguments& arguments) {
 
 }  // namespace
 
-Action BuildGet(CLI::App& app) {
+Syntax DescribeGet() {
   const auto arguments = std::make_shared<Arguments>();
-  app.add_option("FEATURE", arguments->feature, "name of the feature, as 'vynctl features' lists it")->required();
-  app.add_option("INDEX", arguments->index, "instance of an indexed feature, such as the COM port; without it: all");
-  return [arguments](Context& context) { return Run(context, *arguments); };
+  return {.arguments = {{.name = "FEATURE",
+                         .target = &arguments->feature,
+                         .help = "name of the feature, as 'vynctl features' lists it",
+                         .required = true},
+                        {.name = "INDEX",
+                         .target = &arguments->index,
+                         .help = "instance of an indexed feature, such as the COM port; without it: all"}},
+          .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 
 }  // namespace vynctl

@@ -92,12 +92,12 @@ std::string Text(const Context& context, const std::vector<Value>& values) {
 int Run(Context& context) {
   Document document;
   document.values = Describe(context.library);
-  document.extra["messages"] = context.library.Messages();
+  document.extra = {{"messages", Json::Array(context.library.Messages().begin(), context.library.Messages().end())}};
   return context.Finish(document, Text(context, document.values));
 }
 
 }  // namespace
 
-Action BuildInfo(CLI::App&) { return Run; }
+Syntax DescribeInfo() { return {.run = Run}; }
 
 }  // namespace vynctl

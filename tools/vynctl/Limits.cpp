@@ -1,6 +1,6 @@
 #include "Limits.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <fstream>
 

@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <stdio.h>
 #include <unistd.h>
 
@@ -81,10 +81,12 @@ std::string MetricsText(const std::vector<Value>& sensors, const std::string& mo
   return text;
 }
 
-Action BuildMetrics(CLI::App& app) {
+Syntax DescribeMetrics() {
   const auto path = std::make_shared<std::string>();
-  app.add_option("-o,--output", *path, "write to this file, replacing it in one step (for a textfile collector)");
-  return [path](Context& context) { return Run(context, *path); };
+  return {.arguments = {{.name = "-o,--output",
+                         .target = path.get(),
+                         .help = "write to this file, replacing it in one step (for a textfile collector)"}},
+          .run = [path](Context& context) { return Run(context, *path); }};
 }
 
 }  // namespace vynctl

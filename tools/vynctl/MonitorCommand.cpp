@@ -172,7 +172,7 @@ int RunAsStream(Context& context, const Arguments& arguments) {
     view.Refresh();
     Document document;
     document.values = view.Values();
-    context.Print(ToJson(document, context.command, context.options, &context.library).dump() + '\n');
+    context.Print(CompactText(ToJson(document, context.command, context.options, &context.library)) + '\n');
     if (shown == arguments.count) return kDone;
     next = std::max(next + Period(arguments), Clock::now());
     while (Clock::now() < next) {
@@ -183,14 +183,16 @@ int RunAsStream(Context& context, const Arguments& arguments) {
 
 }  // namespace
 
-Action BuildMonitor(CLI::App& app) {
+Syntax DescribeMonitor() {
   const auto arguments = std::make_shared<Arguments>();
-  app.add_option("-i,--interval", arguments->seconds, "seconds between two views (1)")
-      ->check(CLI::Range(0.01, 86400.0));
-  app.add_option("-n,--count", arguments->count, "end after so many views");
-  return [arguments](Context& context) {
-    return context.options.json ? RunAsStream(context, *arguments) : RunOnScreen(context, *arguments);
-  };
+  return {.arguments = {{.name = "-i,--interval",
+                         .target = &arguments->seconds,
+                         .help = "seconds between two views (1)",
+                         .range = {0.01, 86400}},
+                        {.name = "-n,--count", .target = &arguments->count, .help = "end after so many views"}},
+          .run = [arguments](Context& context) {
+            return context.options.json ? RunAsStream(context, *arguments) : RunOnScreen(context, *arguments);
+          }};
 }
 
 }  // namespace vynctl

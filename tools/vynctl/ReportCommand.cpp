@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>
@@ -143,6 +143,6 @@ int Run(Context& context) {
 
 }  // namespace
 
-Action BuildReport(CLI::App&) { return Run; }
+Syntax DescribeReport() { return {.run = Run}; }
 
 }  // namespace vynctl

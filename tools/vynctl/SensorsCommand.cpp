@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <memory>
@@ -22,10 +22,12 @@ int Run(Context& context, const std::vector<std::string>& wanted) {
 
 }  // namespace
 
-Action BuildSensors(CLI::App& app) {
+Syntax DescribeSensors() {
   const auto wanted = std::make_shared<std::vector<std::string>>();
-  app.add_option("SENSOR", *wanted, "names, identifiers or quantities (voltage, temperature, ...); without: all");
-  return [wanted](Context& context) { return Run(context, *wanted); };
+  return {.arguments = {{.name = "SENSOR",
+                         .target = wanted.get(),
+                         .help = "names, identifiers or quantities (voltage, temperature, ...); without: all"}},
+          .run = [wanted](Context& context) { return Run(context, *wanted); }};
 }
 
 }  // namespace vynctl

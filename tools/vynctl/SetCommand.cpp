@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <memory>
 
@@ -48,13 +48,19 @@ int Run(Context& context, const Arguments& arguments) {
 
 }  // namespace
 
-Action BuildSet(CLI::App& app) {
+Syntax DescribeSet() {
   const auto arguments = std::make_shared<Arguments>();
-  app.add_option("FEATURE", arguments->feature, "name of the feature, as 'vynctl features' lists it")->required();
-  app.add_option("NUMBERS", arguments->numbers, "[INDEX] VALUE, each 0 to 255; INDEX for indexed features")
-      ->required()
-      ->expected(1, 2);
-  return [arguments](Context& context) { return Run(context, *arguments); };
+  return {.arguments = {{.name = "FEATURE",
+                         .target = &arguments->feature,
+                         .help = "name of the feature, as 'vynctl features' lists it",
+                         .required = true},
+                        {.name = "NUMBERS",
+                         .target = &arguments->numbers,
+                         .help = "[INDEX] VALUE, each 0 to 255; INDEX for indexed features",
+                         .required = true,
+                         .least = 1,
+                         .most = 2}},
+          .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 
 }  // namespace vynctl

@@ -1,35 +1,43 @@
 /// The subcommands: each file defines one and says how its arguments look.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 
 #include "Context.h"
+#include "commandline/Command.h"
 
 namespace vynctl {
 
 /// Runs the subcommand and returns the exit status.
 using Action = std::function<int(Context& context)>;
 
+/// What may be typed behind the subcommand, and what then runs it.
+struct Syntax {
+  std::vector<commandline::Argument> arguments = {};
+  std::vector<commandline::Command> verbs = {};  ///< when there are any, one of them must be given
+  std::string* verb = nullptr;                   ///< receives it
+  Action run;
+};
+
 struct Subcommand {
   const char* name;
   const char* summary;
-  const char* examples;            ///< shown under --help, one per line
-  Action (*build)(CLI::App& app);  ///< declares the arguments
+  const char* examples;  ///< shown under --help, one per line
+  Syntax (*describe)();
 };
 
-Action BuildInfo(CLI::App& app);
-Action BuildFeatures(CLI::App& app);
-Action BuildGet(CLI::App& app);
-Action BuildSet(CLI::App& app);
-Action BuildSensors(CLI::App& app);
-Action BuildCheck(CLI::App& app);
-Action BuildWatchdog(CLI::App& app);
-Action BuildFans(CLI::App& app);
-Action BuildFan(CLI::App& app);
-Action BuildChip(CLI::App& app);
-Action BuildReport(CLI::App& app);
-Action BuildMonitor(CLI::App& app);
-Action BuildMetrics(CLI::App& app);
+Syntax DescribeInfo();
+Syntax DescribeFeatures();
+Syntax DescribeGet();
+Syntax DescribeSet();
+Syntax DescribeSensors();
+Syntax DescribeCheck();
+Syntax DescribeWatchdog();
+Syntax DescribeFans();
+Syntax DescribeFan();
+Syntax DescribeChip();
+Syntax DescribeReport();
+Syntax DescribeMonitor();
+Syntax DescribeMetrics();
 
 }  // namespace vynctl

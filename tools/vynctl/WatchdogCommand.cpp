@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <memory>
 
@@ -118,29 +118,45 @@ int Run(Context& context, const Arguments& arguments) {
   return Status(context);
 }
 
+commandline::Command StartSyntax(Arguments& arguments) {
+  return {.name = "start",
+          .summary = "activate the watchdog and start counting",
+          .arguments = {{.name = "SECONDS",
+                         .target = &arguments.interval,
+                         .help = "1 to 255, in the unit of the board's firmware",
+                         .required = true},
+                        {.name = "--mode",
+                         .target = &arguments.mode,
+                         .help = "count mode 0 (default) or 1; the firmware gives them their meaning"}}};
+}
+
+commandline::Command FeedSyntax(Arguments& arguments) {
+  return {.name = "feed",
+          .summary = "write the interval again, so that counting begins anew",
+          .arguments = {{.name = "SECONDS",
+                         .target = &arguments.interval,
+                         .help = "the interval; without it the one the board reports (give it where the board counts "
+                                 "down in place)"},
+                        {.name = "--every",
+                         .target = &arguments.every,
+                         .help = "go on feeding every so many seconds until a signal ends it",
+                         .range = {0.01, 86400}},
+                        {.name = "--then-stop",
+                         .target = &arguments.thenStop,
+                         .help = "and stop the watchdog then",
+                         .needs = "--every"}}};
+}
+
 }  // namespace
 
-Action BuildWatchdog(CLI::App& app) {
+Syntax DescribeWatchdog() {
   const auto arguments = std::make_shared<Arguments>();
-  const auto add = [&](const char* verb, const char* summary) {
-    CLI::App* sub = app.add_subcommand(verb, summary);
-    sub->callback([arguments, verb] { arguments->verb = verb; });
-    return sub;
-  };
-  add("status", "show interval and count mode");
-  CLI::App* start = add("start", "activate the watchdog and start counting");
-  start->add_option("SECONDS", arguments->interval, "1 to 255, in the unit of the board's firmware")->required();
-  start->add_option("--mode", arguments->mode, "count mode 0 (default) or 1; the firmware gives them their meaning");
-  CLI::App* feed = add("feed", "write the interval again, so that counting begins anew");
-  feed->add_option("SECONDS", arguments->interval,
-                   "the interval; without it the one the board reports (give it where the board counts down in place)");
-  CLI::Option* every =
-      feed->add_option("--every", arguments->every, "go on feeding every so many seconds until a signal ends it");
-  every->check(CLI::Range(0.01, 86400.0));
-  feed->add_flag("--then-stop", arguments->thenStop, "and stop the watchdog then")->needs(every);
-  add("stop", "stop counting and deactivate the watchdog");
-  app.require_subcommand(1);
-  return [arguments](Context& context) { return Run(context, *arguments); };
+  return {.verbs = {{.name = "status", .summary = "show interval and count mode"},
+                    StartSyntax(*arguments),
+                    FeedSyntax(*arguments),
+                    {.name = "stop", .summary = "stop counting and deactivate the watchdog"}},
+          .verb = &arguments->verb,
+          .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 
 }  // namespace vynctl

@@ -1,5 +1,5 @@
 // vynctl: operates a board from the shell.
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>
@@ -16,29 +16,29 @@ constexpr char kCheck[] = "check";
 
 constexpr Subcommand kSubcommands[] = {
     {"info", "the model, the firmware tables and what the board supports", "vynctl info\nvynctl info --json",
-     BuildInfo},
-    {"report", "everything the board offers, on one screen", "vynctl report", BuildReport},
+     DescribeInfo},
+    {"report", "everything the board offers, on one screen", "vynctl report", DescribeReport},
     {"sensors", "voltages, temperatures, fan speeds and currents",
-     "vynctl sensors\nvynctl sensors voltage\nvynctl sensors 'CPU Core' --json", BuildSensors},
+     "vynctl sensors\nvynctl sensors voltage\nvynctl sensors 'CPU Core' --json", DescribeSensors},
     {"monitor", "the sensors, live", "vynctl monitor\nvynctl monitor --interval 5\nvynctl monitor --json --count 10",
-     BuildMonitor},
+     DescribeMonitor},
     {"check", "judge the sensors for a monitoring system",
      "vynctl check\nvynctl check --limit 'CPU Core=~:80,~:95' --limit '+12V=11.4:12.6,11:13'\n"
      "vynctl check --limits /etc/vynctl/limits",
-     BuildCheck},
+     DescribeCheck},
     {"metrics", "the sensors as Prometheus metrics",
-     "vynctl metrics\nvynctl metrics --output /var/lib/prometheus/node-exporter/vynlib.prom", BuildMetrics},
+     "vynctl metrics\nvynctl metrics --output /var/lib/prometheus/node-exporter/vynlib.prom", DescribeMetrics},
     {"features", "every feature state that the board offers, with its values", "vynctl features\nvynctl features --all",
-     BuildFeatures},
-    {"get", "read one feature state", "vynctl get wifi\nvynctl get com-type\nvynctl get com-type 2", BuildGet},
-    {"set", "change one feature state", "vynctl set wifi 1\nvynctl set com-type 2 0x03", BuildSet},
+     DescribeFeatures},
+    {"get", "read one feature state", "vynctl get wifi\nvynctl get com-type\nvynctl get com-type 2", DescribeGet},
+    {"set", "change one feature state", "vynctl set wifi 1\nvynctl set com-type 2 0x03", DescribeSet},
     {"watchdog", "show, start, feed or stop the watchdog",
      "vynctl watchdog status\nvynctl watchdog start 60\nvynctl watchdog feed 60 --every 20 --then-stop\nvynctl "
      "watchdog stop",
-     BuildWatchdog},
-    {"fans", "the fans that can be controlled, their modes and settings", "vynctl fans", BuildFans},
-    {"fan", "show one fan or set its mode", "vynctl fan 'CPU Fan'\nvynctl fan 'CPU Fan' set 2 40 80", BuildFan},
-    {"chip", "which I/O chip serves a function", "vynctl chip 3\nvynctl chip watchdog 'WDT Id'", BuildChip},
+     DescribeWatchdog},
+    {"fans", "the fans that can be controlled, their modes and settings", "vynctl fans", DescribeFans},
+    {"fan", "show one fan or set its mode", "vynctl fan 'CPU Fan'\nvynctl fan 'CPU Fan' set 2 40 80", DescribeFan},
+    {"chip", "which I/O chip serves a function", "vynctl chip 3\nvynctl chip watchdog 'WDT Id'", DescribeChip},
 };
 
 /// "Examples:" with each line indented.
@@ -65,50 +65,66 @@ constexpr char kFooter[] =
 class CommandLine {
  public:
   CommandLine();
-  /// @throws CLI::ParseError
-  void Parse(int argc, char** argv) { app_.parse(argc, argv); }
+  CommandLine(const CommandLine&) = delete;
+  CommandLine& operator=(const CommandLine&) = delete;
+
+  commandline::Outcome Read(int argc, char** argv) const { return commandline::Parse(program_, argc, argv); }
   /// "" or a sentence about a word where a subcommand should stand, with the nearest one.
   std::string StrayWord(int argc, char** argv) const;
   /// The command that explains what was typed.
   std::string HelpCommand() const;
-  bool IsCheck() const { return app_.got_subcommand(kCheck); }
-  CLI::App& App() { return app_; }
-  std::string Command() const { return app_.get_subcommands().front()->get_name(); }
+  bool IsCheck() const { return command_ == kCheck; }
+  const std::string& Command() const { return command_; }
   const Action& Chosen() const;
 
   Options options;
 
  private:
-  CLI::App app_{"Reads and operates the sensors, switches, watchdog and fans of an industrial board.", "vynctl"};
+  std::string command_;
   std::vector<Action> actions_;
+  commandline::Program program_;
 };
 
 CommandLine::CommandLine() {
-  app_.fallthrough();
-  app_.require_subcommand(1);
-  app_.set_version_flag("--version", "vynctl " VYNCTL_VERSION);
-  CLI::Option* board = app_.add_option("-s,--simulate", options.load.board, "work on this board description instead");
-  board->check(CLI::ExistingFile)->type_name("BOARD.toml");
-  app_.add_flag("--live", options.load.live, "let the simulated readings move")->needs(board);
-  app_.add_flag("-j,--json", options.json, "print JSON (docs/vynctl.schema.json)");
-  app_.add_option("--color", options.colour, "auto, always or never")
-      ->check(CLI::IsMember({"auto", "always", "never"}));
+  commandline::Command root{
+      .name = "vynctl",
+      .summary = "Reads and operates the sensors, switches, watchdog and fans of an industrial board.",
+      .arguments = {{.name = "-s,--simulate",
+                     .target = &options.load.board,
+                     .help = "work on this board description instead",
+                     .file = "BOARD.toml"},
+                    {.name = "--live",
+                     .target = &options.load.live,
+                     .help = "let the simulated readings move",
+                     .needs = "--simulate"},
+                    {.name = "-j,--json", .target = &options.json, .help = "print JSON (docs/vynctl.schema.json)"},
+                    {.name = "--color",
+                     .target = &options.colour,
+                     .help = "auto, always or never",
+                     .choices = {"auto", "always", "never"}}},
+      .chosen = &command_,
+      .footer = kFooter};
   for (const Subcommand& subcommand : kSubcommands) {
-    CLI::App* app = app_.add_subcommand(subcommand.name, subcommand.summary);
-    actions_.push_back(subcommand.build(*app));
-    app->footer(ExamplesText(subcommand.examples));
+    const Syntax syntax = subcommand.describe();
+    actions_.push_back(syntax.run);
+    root.commands.push_back({.name = subcommand.name,
+                             .summary = subcommand.summary,
+                             .arguments = syntax.arguments,
+                             .commands = syntax.verbs,
+                             .chosen = syntax.verb,
+                             .footer = ExamplesText(subcommand.examples)});
   }
-  app_.footer(kFooter);
+  program_ = {.command = std::move(root), .version = "vynctl " VYNCTL_VERSION, .everywhere = true};
 }
 
 const Action& CommandLine::Chosen() const {
   size_t i = 0;
-  while (i + 1 < std::size(kSubcommands) && Command() != kSubcommands[i].name) ++i;
+  while (i + 1 < std::size(kSubcommands) && command_ != kSubcommands[i].name) ++i;
   return actions_[i];
 }
 
 std::string CommandLine::StrayWord(int argc, char** argv) const {
-  if (!app_.get_subcommands().empty()) return "";
+  if (!command_.empty()) return "";
   std::vector<std::string> names;
   for (const Subcommand& subcommand : kSubcommands) names.push_back(subcommand.name);
   for (int i = 1; i < argc; ++i) {
@@ -119,7 +135,7 @@ std::string CommandLine::StrayWord(int argc, char** argv) const {
 }
 
 std::string CommandLine::HelpCommand() const {
-  return app_.get_subcommands().empty() ? "vynctl --help" : fmt::format("vynctl {} --help", Command());
+  return command_.empty() ? "vynctl --help" : fmt::format("vynctl {} --help", command_);
 }
 
 /// Says what is wrong; in the form of a plugin for `check`, which must not claim a critical state.
@@ -141,7 +157,7 @@ int ReportNotStarted(const CommandLine& line, const LibraryError& error) {
   }
   Document document;
   document.refusal = Refusal{error.code, error.what()};
-  fmt::print("{}\n", ToJson(document, line.Command(), line.options, nullptr).dump(2));
+  fmt::print("{}\n", IndentedText(ToJson(document, line.Command(), line.options, nullptr)));
   return line.IsCheck() ? kPluginUnknown : kRefused;
 }
 
@@ -171,13 +187,17 @@ std::string OneLine(std::string text) {
 
 int Main(int argc, char** argv) {
   CommandLine line;
-  try {
-    line.Parse(argc, argv);
-  } catch (const CLI::Success& wanted) {
-    return line.App().exit(wanted);
-  } catch (const CLI::ParseError& error) {
-    const std::string stray = line.StrayWord(argc, argv);
-    return Complain(line, kUsage, stray.empty() ? OneLine(error.what()) : stray);
+  const commandline::Outcome read = line.Read(argc, argv);
+  switch (read.kind) {
+    case commandline::Outcome::kAnswer:
+      fmt::print("{}", read.text);
+      return kDone;
+    case commandline::Outcome::kWrong: {
+      const std::string stray = line.StrayWord(argc, argv);
+      return Complain(line, kUsage, stray.empty() ? OneLine(read.error) : stray);
+    }
+    case commandline::Outcome::kRun:
+      break;
   }
   return Execute(line);
 }

@@ -1,9 +1,9 @@
 // Runs one script or one SMBus transaction and prints every access it made.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 
 #include "AccessLog.h"
+#include "commandline/Command.h"
 #include "hw/TReadWrite.h"
 #include "script/TInterpreter.h"
 #include "smbus/TSMBus.h"
@@ -13,6 +13,8 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 constexpr int kMostBytes = 256;
+constexpr char kScript[] = "script";
+constexpr char kDetect[] = "detect";
 
 struct Request {
   std::string script;
@@ -136,51 +138,72 @@ int Transfer(const Request& request, const Transaction& transaction) {
   return Report(request, done != 0);
 }
 
-void AddTransactions(CLI::App& app, Request& request, std::function<int()>& chosen) {
-  for (const Transaction& transaction : kTransactions) {
-    CLI::App* sub = app.add_subcommand(transaction.name, transaction.help);
-    sub->add_option("address", request.address, "Slave address byte, such as 0xA0")
-        ->required()
-        ->check(CLI::Range(0, 255));
-    sub->add_option("command", request.command, "Command (register) number")->required()->check(CLI::Range(0, 255));
-    if (transaction.write)
-      sub->add_option("values", request.values, "Bytes")
-          ->required()
-          ->expected(1, kMostBytes)
-          ->check(CLI::Range(0, 255));
-    else
-      sub->add_option("--count", request.count, "How many")->check(CLI::Range(1, kMostBytes));
-    sub->callback([&request, &transaction, &chosen] {
-      chosen = [&request, &transaction] { return Transfer(request, transaction); };
-    });
+std::vector<commandline::Argument> Arguments(const Transaction& transaction, Request& request) {
+  constexpr commandline::Range kByte{0, 255};
+  std::vector<commandline::Argument> arguments = {{.name = "address",
+                                                   .target = &request.address,
+                                                   .help = "Slave address byte, such as 0xA0",
+                                                   .required = true,
+                                                   .range = kByte},
+                                                  {.name = "command",
+                                                   .target = &request.command,
+                                                   .help = "Command (register) number",
+                                                   .required = true,
+                                                   .range = kByte}};
+  if (transaction.write) {
+    arguments.push_back({.name = "values",
+                         .target = &request.values,
+                         .help = "Bytes",
+                         .required = true,
+                         .range = kByte,
+                         .least = 1,
+                         .most = kMostBytes});
+  } else {
+    arguments.push_back({.name = "--count", .target = &request.count, .help = "How many", .range = {1, kMostBytes}});
   }
+  return arguments;
+}
+
+commandline::Program Describe(Request& request, std::string& chosen) {
+  commandline::Command root{
+      .name = "",
+      .summary = "Runs one script or one SMBus transaction and prints every access it made",
+      .arguments =
+          {{.name = "-q,--quiet", .target = &request.quiet, .help = "Print the outcome alone"},
+           {.name = "--all", .target = &request.detection, .help = "Print the accesses of the detection too"},
+           {.name = "--board", .target = &request.board, .help = "Board file (simulated machine)", .file = "TEXT"}},
+      .commands = {{.name = kScript,
+                    .summary = "Run a script text",
+                    .arguments = {{.name = "text", .target = &request.script, .required = true}}},
+                   {.name = kDetect, .summary = "Name the record of the SMBus controller"}},
+      .chosen = &chosen};
+  for (const Transaction& transaction : kTransactions)
+    root.commands.push_back(
+        {.name = transaction.name, .summary = transaction.help, .arguments = Arguments(transaction, request)});
+  return {.command = root, .version = "", .everywhere = true};
+}
+
+int Run(const Request& request, const std::string& chosen) {
+  if (chosen == kScript) return RunScript(request);
+  if (chosen == kDetect) return Detect(request);
+  const auto named = [&](const Transaction& transaction) { return transaction.name == chosen; };
+  return Transfer(request, *std::find_if(std::begin(kTransactions), std::end(kTransactions), named));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   Request request;
-  std::function<int()> chosen;
-  CLI::App app("Runs one script or one SMBus transaction and prints every access it made");
-  app.require_subcommand(1);
-  app.fallthrough();
-  app.add_flag("-q,--quiet", request.quiet, "Print the outcome alone");
-  app.add_flag("--all", request.detection, "Print the accesses of the detection too");
-  app.add_option("--board", request.board, "Board file (simulated machine)")->check(CLI::ExistingFile);
-  CLI::App* script = app.add_subcommand("script", "Run a script text");
-  script->add_option("text", request.script)->required();
-  script->callback([&] { chosen = [&] { return RunScript(request); }; });
-  CLI::App* detect = app.add_subcommand("detect", "Name the record of the SMBus controller");
-  detect->callback([&] { chosen = [&] { return Detect(request); }; });
-  AddTransactions(app, request, chosen);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kUsage;
+  std::string chosen;
+  const commandline::Outcome read = commandline::Parse(Describe(request, chosen), argc, argv);
+  if (read.kind != commandline::Outcome::kRun) {
+    const bool answer = read.kind == commandline::Outcome::kAnswer;
+    std::fputs(read.text.c_str(), answer ? stdout : stderr);
+    return answer ? 0 : kUsage;
   }
   if (!probe::UseBoard(request.board) && !request.board.empty()) {
     std::fputs("--board is for vynprobe-sim\n", stderr);
     return kUsage;
   }
-  return chosen();
+  return Run(request, chosen);
 }

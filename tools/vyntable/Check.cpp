@@ -224,10 +224,13 @@ int Check(const Options& options) {
 
 std::vector<Finding> CheckImage(const Image& image) { return Checker(image).Run(); }
 
-std::function<int()> SetupCheck(CLI::App* command) {
+Syntax DescribeCheck() {
   const auto options = std::make_shared<Options>();
-  command->add_option("FILE", options->files, "tables, a directory that holds them, or a board file")->required();
-  return [options] { return Check(*options); };
+  return {.arguments = {{.name = "FILE",
+                         .target = &options->files,
+                         .help = "tables, a directory that holds them, or a board file",
+                         .required = true}},
+          .run = [options] { return Check(*options); }};
 }
 
 }  // namespace vyntable

@@ -1,18 +1,21 @@
-/// The subcommands: each adds its arguments and says what to run.
+/// The subcommands: each says how its arguments look and what to run.
 #pragma once
 
 #include <functional>
+#include <vector>
 
-#include <CLI/CLI.hpp>
+#include "commandline/Command.h"
 
 namespace vyntable {
 
-/// Adds the arguments to `command`; the result runs it and returns the exit status. It may throw BadInput.
-using Setup = std::function<int()> (*)(CLI::App* command);
+struct Syntax {
+  std::vector<commandline::Argument> arguments;
+  std::function<int()> run;  ///< returns the exit status; may throw BadInput
+};
 
-std::function<int()> SetupCompile(CLI::App* command);
-std::function<int()> SetupDecompile(CLI::App* command);
-std::function<int()> SetupCheck(CLI::App* command);
-std::function<int()> SetupExplain(CLI::App* command);
+Syntax DescribeCompile();
+Syntax DescribeDecompile();
+Syntax DescribeCheck();
+Syntax DescribeExplain();
 
 }  // namespace vyntable

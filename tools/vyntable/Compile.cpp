@@ -28,11 +28,14 @@ int Compile(const Options& options) {
 
 }  // namespace
 
-std::function<int()> SetupCompile(CLI::App* command) {
+Syntax DescribeCompile() {
   const auto options = std::make_shared<Options>();
-  command->add_option("BOARD.toml", options->board, "the board file")->required();
-  command->add_option("-o,--output", options->directory, "directory for the tables; made when missing")->required();
-  return [options] { return Compile(*options); };
+  return {.arguments = {{.name = "BOARD.toml", .target = &options->board, .help = "the board file", .required = true},
+                        {.name = "-o,--output",
+                         .target = &options->directory,
+                         .help = "directory for the tables; made when missing",
+                         .required = true}},
+          .run = [options] { return Compile(*options); }};
 }
 
 }  // namespace vyntable

@@ -44,11 +44,16 @@ int Decompile(const Options& options) {
 
 }  // namespace
 
-std::function<int()> SetupDecompile(CLI::App* command) {
+Syntax DescribeDecompile() {
   const auto options = std::make_shared<Options>();
-  command->add_option("FILE", options->files, "tables, or a directory that holds them")->required();
-  command->add_option("-o,--output", options->output, "board file to write; default: standard output");
-  return [options] { return Decompile(*options); };
+  return {.arguments = {{.name = "FILE",
+                         .target = &options->files,
+                         .help = "tables, or a directory that holds them",
+                         .required = true},
+                        {.name = "-o,--output",
+                         .target = &options->output,
+                         .help = "board file to write; default: standard output"}},
+          .run = [options] { return Decompile(*options); }};
 }
 
 }  // namespace vyntable

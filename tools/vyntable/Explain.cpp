@@ -152,10 +152,13 @@ int Explain(const Options& options) {
 
 }  // namespace
 
-std::function<int()> SetupExplain(CLI::App* command) {
+Syntax DescribeExplain() {
   const auto options = std::make_shared<Options>();
-  command->add_option("FILE", options->files, "tables, a directory that holds them, or a board file")->required();
-  return [options] { return Explain(*options); };
+  return {.arguments = {{.name = "FILE",
+                         .target = &options->files,
+                         .help = "tables, a directory that holds them, or a board file",
+                         .required = true}},
+          .run = [options] { return Explain(*options); }};
 }
 
 }  // namespace vyntable

@@ -1,5 +1,6 @@
 // vyntable: the two firmware tables and the BIOS information record, as text and as bytes.
 #include <cstdio>
+#include <map>
 
 #include <fmt/core.h>
 
@@ -13,30 +14,31 @@ using namespace vyntable;
 struct Subcommand {
   const char* name;
   const char* help;
-  Setup setup;
+  Syntax (*describe)();
 };
 constexpr Subcommand kSubcommands[] = {
-    {"compile", "write iadt.bin, iamt.bin and biosinfo.bin from a board file", SetupCompile},
-    {"decompile", "turn tables back into a board file", SetupDecompile},
-    {"check", "find what the library would stumble over", SetupCheck},
-    {"explain", "say in words what each record and command does", SetupExplain},
+    {"compile", "write iadt.bin, iamt.bin and biosinfo.bin from a board file", DescribeCompile},
+    {"decompile", "turn tables back into a board file", DescribeDecompile},
+    {"check", "find what the library would stumble over", DescribeCheck},
+    {"explain", "say in words what each record and command does", DescribeExplain},
 };
 
 int Run(int argc, char** argv) {
-  CLI::App app("Compiles, decompiles, checks and explains firmware tables.", "vyntable");
-  app.set_version_flag("--version", "vyntable " VYNTABLE_VERSION);
-  app.require_subcommand(1);
-  std::function<int()> chosen;
+  std::string chosen;
+  commandline::Command root{
+      .name = "vyntable", .summary = "Compiles, decompiles, checks and explains firmware tables.", .chosen = &chosen};
+  std::map<std::string, std::function<int()>> actions;
   for (const Subcommand& row : kSubcommands) {
-    CLI::App* command = app.add_subcommand(row.name, row.help);
-    command->callback([&chosen, run = row.setup(command)] { chosen = run; });
+    const Syntax syntax = row.describe();
+    root.commands.push_back({.name = row.name, .summary = row.help, .arguments = syntax.arguments});
+    actions[row.name] = syntax.run;
   }
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kExitOk : kExitUsage;
-  }
-  return chosen();
+  const commandline::Program program{.command = root, .version = "vyntable " VYNTABLE_VERSION};
+  const commandline::Outcome read = commandline::Parse(program, argc, argv);
+  if (read.kind == commandline::Outcome::kRun) return actions.at(chosen)();
+  const bool answer = read.kind == commandline::Outcome::kAnswer;
+  fmt::print(answer ? stdout : stderr, "{}", read.text);
+  return answer ? kExitOk : kExitUsage;
 }
 
 }  // namespace
