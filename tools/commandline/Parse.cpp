@@ -23,7 +23,7 @@ void AddLimits(CLI::Option& option, const Argument& argument) {
   if (!argument.choices.empty()) option.check(CLI::IsMember(argument.choices));
   if (argument.file != nullptr) option.check(CLI::ExistingFile)->type_name(argument.file);
   if (argument.most != 0) option.expected(argument.least, argument.most);
-  if (argument.oneEach) option.expected(1)->take_all();
+  if (argument.oneEach) option.expected(1)->take_all()->allow_extra_args(false);
 }
 
 CLI::Option* AddTo(CLI::App& app, const Argument& argument) {

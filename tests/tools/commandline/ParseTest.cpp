@@ -64,6 +64,13 @@ TEST(Parse, FillsEveryKindOfTarget) {
   EXPECT_EQ((std::vector<std::string>{"b", "d"}), tool.words);
 }
 
+TEST(Parse, LeavesTheNextWordWhereAnOptionTakesOneEach) {
+  Tool tool;
+  ASSERT_EQ(Outcome::kRun, tool.KindOf({"go", "-e", "a", "b", "--each=c", "d"}));
+  EXPECT_EQ((std::vector<std::string>{"a", "c"}), tool.each);
+  EXPECT_EQ((std::vector<std::string>{"b", "d"}), tool.words);
+}
+
 TEST(Parse, ReadsNumbersInBothNotations) {
   Tool tool;
   ASSERT_EQ(Outcome::kRun, tool.KindOf({"send", "0xA0", "1", "0x02"}));

@@ -16,6 +16,9 @@ class Check(tool.Case):
     def test_is_ok_within_the_limits(self):
         self.verdict(0, "VYNLIB OK - 1 sensor | 'CPU Core'=45C;~:45;~:95", "CPU Core", "--limit", "CPU Core=~:45,~:95")
 
+    def test_takes_sensors_behind_a_limit(self):
+        self.verdict(0, "VYNLIB OK - 1 sensor | 'CPU Core'=45C;~:45;~:95", "--limit", "CPU Core=~:45,~:95", "CPU Core")
+
     def test_is_a_warning_outside_the_first_range(self):
         self.verdict(1, "VYNLIB WARNING - CPU Core 45.0 C (good: ~:44) | 'CPU Core'=45C;~:44;~:95", "CPU Core",
                      "-l", "CPU Core=~:44,~:95")
