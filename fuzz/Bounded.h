@@ -8,8 +8,8 @@ namespace fuzz {
 
 /// Gives commands whose form does not fit their kind the direct form: without a step they could be repeated forever.
 inline void FitForms(const TIADTable& table) {
-  for (unsigned list = 1; list < iadt::kSlots; ++list) {
-    if (iadt::kKeptBytes[list] != 0) continue;
+  for (unsigned list = 1; list < TIADTable::kSlots; ++list) {
+    if (IadtEntry::kKeptBytes[list] != 0) continue;
     for (const IadtEntry entry : table.List(list)) {
       for (api::CommandCursor cursor(entry); !cursor.AtEnd() && cursor.Fits();) {
         unsigned char* opcode = cursor.Command();

@@ -30,11 +30,11 @@ std::vector<uint8_t> Record(uint8_t type, uint8_t subType, std::span<const uint8
 }
 
 void RunAll(const TIADTable& table, api::Direction direction) {
-  for (unsigned list = 1; list < iadt::kSlots; ++list) {
+  for (unsigned list = 1; list < TIADTable::kSlots; ++list) {
     for (const IadtEntry entry : table.List(list)) {
       // The slots have exactly the announced number of elements.
       std::vector<unsigned long long> slots(entry.Index() % 4 + 1u, 0x0123456789ABCDEF);
-      if (iadt::kKeptBytes[list] == 0)
+      if (IadtEntry::kKeptBytes[list] == 0)
         api::RunEntry(entry, direction, {slots.data(), static_cast<uint8_t>(slots.size())});
       else
         for (const uint8_t offset : kCommandOffsets) api::RunSensorCommand(entry, offset, slots.data());

@@ -18,10 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   TAcpiBase* acpi = TAcpiBase::GetInstance();
   acpi->BuildIADT(table.get());
   acpi->BuildIADT(table.get());
-  for (unsigned list = 1; list < iadt::kSlots; ++list) {
+  for (unsigned list = 1; list < TIADTable::kSlots; ++list) {
     for (const IadtEntry entry : acpi->IadTable->List(list)) {
-      Touch(entry.Record(), iadt::kKeptBytes[list] != 0 ? entry.KeptBytes() : iadt::kBody);
-      if (iadt::kKeptBytes[list] == 0) Touch(entry.Body(), entry.Length());
+      Touch(entry.Record(), IadtEntry::kKeptBytes[list] != 0 ? entry.KeptBytes() : layout::iadt::kBody);
+      if (IadtEntry::kKeptBytes[list] == 0) Touch(entry.Body(), entry.Length());
     }
   }
   fuzz::Finish();

@@ -2,10 +2,14 @@
 #include <algorithm>
 #include <string_view>
 
+#include "layout/AcpiLayout.h"
 #include "sim/SimBoard.h"
 #include "sim/TableImage.h"
 
 namespace sim {
+
+using namespace layout;
+
 namespace {
 
 constexpr size_t kAlignment = 64;
@@ -23,23 +27,23 @@ void PutAscii(Bytes* bytes, size_t offset, size_t size, std::string_view text) {
 /// A table from bytes that already have room for the header.
 Bytes Finish(std::string_view signature, const Bytes& withHeader) {
   return AcpiTable({.signature = std::string(signature)},
-                   Bytes(withHeader.begin() + static_cast<ptrdiff_t>(kAcpiHeaderBytes), withHeader.end()));
+                   Bytes(withHeader.begin() + static_cast<ptrdiff_t>(acpi::kHeaderBytes), withHeader.end()));
 }
 
 }  // namespace
 
 Bytes AcpiTable(const AcpiHeader& header, const Bytes& body) {
-  Bytes table(kAcpiHeaderBytes, 0);
+  Bytes table(acpi::kHeaderBytes, 0);
   table.insert(table.end(), body.begin(), body.end());
-  PutAscii(&table, 0, 4, header.signature);
-  Put(&table, kAcpiLengthOffset, 4, header.length.value_or(static_cast<uint32_t>(table.size())));
-  Put(&table, 8, 1, header.revision);
-  PutAscii(&table, 10, 6, header.oemId);
-  PutAscii(&table, 16, 8, header.oemTableId);
-  Put(&table, 24, 4, header.oemRevision);
-  PutAscii(&table, 28, 4, header.creatorId);
-  Put(&table, 32, 4, header.creatorRevision);
-  table[kAcpiChecksumOffset] = header.checksum.value_or(ChecksumFor(table, kAcpiChecksumOffset));
+  PutAscii(&table, 0, acpi::kSignatureBytes, header.signature);
+  Put(&table, acpi::kLengthOffset, 4, header.length.value_or(static_cast<uint32_t>(table.size())));
+  Put(&table, acpi::kRevisionOffset, 1, header.revision);
+  PutAscii(&table, acpi::kOemId, acpi::kOemIdBytes, header.oemId);
+  PutAscii(&table, acpi::kOemTableId, acpi::kOemTableIdBytes, header.oemTableId);
+  Put(&table, acpi::kOemRevision, 4, header.oemRevision);
+  PutAscii(&table, acpi::kCreatorId, acpi::kCreatorIdBytes, header.creatorId);
+  Put(&table, acpi::kCreatorRevision, 4, header.creatorRevision);
+  table[acpi::kChecksumOffset] = header.checksum.value_or(ChecksumFor(table, acpi::kChecksumOffset));
   return table;
 }
 

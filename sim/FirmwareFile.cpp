@@ -2,10 +2,15 @@
 
 #include <algorithm>
 
+#include "layout/AcpiLayout.h"
+#include "layout/BoardRecord.h"
 #include "sim/CommandFile.h"
 #include "sim/SimBoard.h"
 
 namespace sim {
+
+using namespace layout;
+
 namespace {
 
 constexpr uint64_t kByte = 0xFF, kWord = 0xFFFF, kDword = 0xFFFFFFFF;
@@ -39,7 +44,7 @@ void ReadHeader(TomlSection* section, AcpiHeader* header) {
 void ReplaceHeader(TomlSection* section, Bytes* table) {
   const auto bytes = section->ByteList("header_bytes");
   if (!bytes) return;
-  if (bytes->size() != kAcpiHeaderBytes) section->Fail("header_bytes", "exactly 36 bytes");
+  if (bytes->size() != acpi::kHeaderBytes) section->Fail("header_bytes", "exactly 36 bytes");
   std::copy(bytes->begin(), bytes->end(), table->begin());
 }
 
@@ -57,9 +62,9 @@ Record StartFeature(TomlSection* section) {
 
 void ReadRecordHead(TomlSection* section, Record* record) {
   record->Index(Byte8(section, "index").value_or(0));
-  if (const auto name = section->Text("name", kRecordNameBytes)) record->Name(*name);
+  if (const auto name = section->Text("name", iadt::kNameBytes)) record->Name(*name);
   if (const auto bytes = section->ByteList("name_bytes")) {
-    if (bytes->size() > kRecordNameBytes) section->Fail("name_bytes", "at most 20 bytes");
+    if (bytes->size() > iadt::kNameBytes) section->Fail("name_bytes", "at most 20 bytes");
     record->Name({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
   }
 }
@@ -97,7 +102,7 @@ Record ReadSensor(TomlSection* section, const Sequences& sequences) {
                   "voltage (1 to 3), temperature (1 to 4), fan (1 to 3) or current (1)");
   Record record = Record::Sensor(quantity, kind);
   ReadRecordHead(section, &record);
-  for (const SensorParameter& parameter : type->parameters)
+  for (const RecordParameter& parameter : type->parameters)
     if (const auto value = Byte8(section, parameter.name)) record.Parameter(parameter.name, *value);
   PlaceCommands(section, *type, sequences, &record);
   ReadRecordTail(section, &record);
@@ -165,14 +170,14 @@ Bytes ReadBoardRecord(TomlSection* section) {
     section->Finish();
     return *raw;
   }
-  const auto size = section->Number("size", kByte, kBoardInfoBytes);
-  if (size <= kBoardInfoLengthOffset) section->Fail("size", "at least 4, up to the record length");
+  const auto size = section->Number("size", kByte, iamt::kBoardRecordBytes);
+  if (size <= iamt::kLength) section->Fail("size", "at least 4, up to the record length");
   Bytes record(size, 0);
   record[0] = Byte8(section, "type").value_or(0);
-  record[kBoardInfoLengthOffset] = Byte8(section, "length").value_or(static_cast<uint8_t>(size));
+  record[iamt::kLength] = Byte8(section, "length").value_or(static_cast<uint8_t>(size));
   const std::vector<uint64_t> chips = ReadChips(section);
-  if (!chips.empty() && size < kBoardInfoChipsOffset + 6) section->Fail("chips", "within the record's size");
-  for (size_t i = 0; i < chips.size(); ++i) Put(&record, kBoardInfoChipsOffset + 2 * i, 2, chips[i]);
+  if (!chips.empty() && size < iamt::kChipIdsEnd) section->Fail("chips", "within the record's size");
+  for (size_t i = 0; i < chips.size(); ++i) Put(&record, iamt::kChipIds[i], 2, chips[i]);
   section->Finish();
   return record;
 }
@@ -202,10 +207,10 @@ void ReadBios(TomlSection* root, Firmware* firmware) {
     firmware->biosInfo = *raw;
     return section->Finish();
   }
-  BiosInfo info{.model = section->NeedText("model", kBiosModelBytes), .checksum = {}};
+  BiosInfo info{.model = section->NeedText("model", bios::kModelBytes), .checksum = {}};
   info.signature = section->Text("signature", 8).value_or(info.signature);
   info.unused = static_cast<uint16_t>(section->Number("unused", kWord, 0));
-  info.checksumOffset = section->Number("checksum_at", kBiosInfoBytes - 1, info.checksumOffset);
+  info.checksumOffset = section->Number("checksum_at", bios::kRecordBytes - 1, info.checksumOffset);
   info.checksum = Byte8(&*section, "checksum");
   section->Finish();
   firmware->biosInfo = info.Build();

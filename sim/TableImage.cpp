@@ -4,7 +4,10 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "sim/SimBoard.h"
+#include "layout/AcpiLayout.h"
+#include "layout/BiosRecord.h"
+#include "layout/BoardRecord.h"
+#include "layout/Checksum.h"
 
 namespace sim {
 
@@ -22,10 +25,7 @@ uint64_t Take(const Bytes& bytes, size_t offset, size_t size) {
 }
 
 uint8_t ChecksumFor(const Bytes& bytes, size_t offset) {
-  uint8_t sum = 0;
-  for (size_t i = 0; i < bytes.size(); ++i)
-    if (i != offset) sum = static_cast<uint8_t>(sum + bytes[i]);
-  return static_cast<uint8_t>(0x100 - sum);
+  return static_cast<uint8_t>(bytes[offset] - ByteSum(bytes.data(), bytes.size()));
 }
 
 namespace {
@@ -142,15 +142,6 @@ Command& Command::Byte(size_t offset, uint8_t value) {
 
 // --- function description records ---
 
-namespace {
-
-constexpr size_t kTypeOffset = 0;
-constexpr size_t kIndexOffset = 1;
-constexpr size_t kValueOffset = 2;
-constexpr size_t kLengthOffset = 3;
-
-}  // namespace
-
 Record Record::Feature(std::string_view function) {
   const RecordType* type = FindFeature(function);
   if (!type) throw std::logic_error("no record type is called " + std::string(function));
@@ -162,10 +153,10 @@ Record Record::Sensor(std::string_view quantity, uint8_t subType) {
   record.type_ = FindSensor(quantity, subType);
   if (!record.type_) throw std::logic_error("no sensor record type is called " + std::string(quantity));
   record.bytes_.resize(record.type_->bytes);
-  return record.Byte(kTypeOffset, record.type_->type).Byte(kValueOffset, subType);
+  return record.Byte(iadt::kType, record.type_->type).Byte(iadt::kValue, subType);
 }
 
-Record Record::Type(uint8_t type) { return Record().Byte(kTypeOffset, type); }
+Record Record::Type(uint8_t type) { return Record().Byte(iadt::kType, type); }
 
 Record Record::Raw(Bytes bytes) {
   Record record;
@@ -174,11 +165,11 @@ Record Record::Raw(Bytes bytes) {
   return record;
 }
 
-Record& Record::Index(uint8_t index) { return Byte(kIndexOffset, index); }
-Record& Record::Value(uint8_t value) { return Byte(kValueOffset, value); }
+Record& Record::Index(uint8_t index) { return Byte(iadt::kIndex, index); }
+Record& Record::Value(uint8_t value) { return Byte(iadt::kValue, value); }
 
 Record& Record::Name(std::string_view name) {
-  PutText(&bytes_, kRecordNameOffset, kRecordNameBytes, name);
+  PutText(&bytes_, iadt::kName, iadt::kNameBytes, name);
   return *this;
 }
 
@@ -198,8 +189,7 @@ Record& Record::Commands(const std::vector<Command>& commands) {
 
 Record& Record::Parameter(std::string_view name, uint8_t value) {
   if (type_)
-    for (const SensorParameter& parameter : type_->parameters)
-      if (parameter.name == name) return Byte(parameter.offset, value);
+    if (const RecordParameter* parameter = type_->Parameter(name)) return Byte(parameter->offset, value);
   throw std::logic_error("the record has no parameter " + std::string(name));
 }
 
@@ -220,7 +210,7 @@ Record& Record::Length(uint32_t length) {
 
 Bytes Record::Build() const {
   Bytes bytes = bytes_;
-  if (length_ || !raw_) Put(&bytes, kLengthOffset, 4, length_.value_or(static_cast<uint32_t>(bytes.size())));
+  if (length_ || !raw_) Put(&bytes, iadt::kLength, 4, length_.value_or(static_cast<uint32_t>(bytes.size())));
   return bytes;
 }
 
@@ -252,11 +242,11 @@ IadtBuilder& IadtBuilder::Checksum(uint8_t checksum) {
 }
 
 IamtBuilder& IamtBuilder::Chips(uint16_t first, uint16_t second, uint16_t third) {
-  Bytes record(kBoardInfoBytes, 0);
-  Put(&record, kBoardInfoLengthOffset, 1, kBoardInfoBytes);
-  Put(&record, kBoardInfoChipsOffset, 2, first);
-  Put(&record, kBoardInfoChipsOffset + 2, 2, second);
-  Put(&record, kBoardInfoChipsOffset + 4, 2, third);
+  Bytes record(iamt::kBoardRecordBytes, 0);
+  Put(&record, iamt::kLength, 1, iamt::kBoardRecordBytes);
+  Put(&record, iamt::kChipIds[0], 2, first);
+  Put(&record, iamt::kChipIds[1], 2, second);
+  Put(&record, iamt::kChipIds[2], 2, third);
   return Add(record);
 }
 
@@ -278,10 +268,10 @@ IamtBuilder& IamtBuilder::Checksum(uint8_t checksum) {
 // --- the BIOS information record ---
 
 Bytes BiosInfo::Build() const {
-  Bytes bytes(kBiosInfoBytes, 0);
-  PutText(&bytes, 0, 8, signature);
-  Put(&bytes, 8, 2, unused);
-  PutText(&bytes, kBiosModelOffset, kBiosModelBytes, model);
+  Bytes bytes(bios::kRecordBytes, 0);
+  PutText(&bytes, 0, bios::kSignatureBytes, signature);
+  Put(&bytes, bios::kUnused, 2, unused);
+  PutText(&bytes, bios::kModel, bios::kModelBytes, model);
   bytes.at(checksumOffset) = checksum.value_or(ChecksumFor(bytes, checksumOffset));
   return bytes;
 }

@@ -21,7 +21,8 @@
 #include <vector>
 
 #include "layout/AccessCommand.h"
-#include "sim/RecordTypes.h"
+#include "layout/BiosRecord.h"
+#include "layout/RecordLayout.h"
 
 namespace sim {
 
@@ -84,7 +85,7 @@ class Command {
 /// One function description record.
 class Record {
  public:
-  /// An ordinary record by the name of its type (RecordTypes.cpp), for example "LVDSState"; throws when unknown.
+  /// An ordinary record by the name of its type (layout/RecordLayout.h), for example "LVDSState"; throws when unknown.
   static Record Feature(std::string_view function);
   /// A sensor record by quantity ("voltage", "temperature", "fan", "current") and sub-type; throws when unknown.
   static Record Sensor(std::string_view quantity, uint8_t subType);
@@ -103,8 +104,8 @@ class Record {
   Bytes Build() const;
 
  private:
-  Bytes bytes_ = Bytes(kRecordHeaderBytes, 0);
-  const RecordType* type_ = nullptr;
+  Bytes bytes_ = Bytes(layout::iadt::kBody, 0);
+  const layout::RecordType* type_ = nullptr;
   std::optional<uint32_t> length_;
   bool raw_ = false;
 };
@@ -120,9 +121,6 @@ struct AcpiHeader {
   std::optional<uint32_t> length = {};   ///< instead of the right one
   std::optional<uint8_t> checksum = {};  ///< instead of the right one
 };
-inline constexpr size_t kAcpiHeaderBytes = 36;
-inline constexpr size_t kAcpiLengthOffset = 4;
-inline constexpr size_t kAcpiChecksumOffset = 9;
 
 /// Header and body with length and checksum filled in.
 Bytes AcpiTable(const AcpiHeader& header, const Bytes& body);
@@ -159,9 +157,6 @@ class IamtBuilder {
  private:
   Bytes body_;
 };
-inline constexpr size_t kBoardInfoBytes = 55;
-inline constexpr size_t kBoardInfoLengthOffset = 3;
-inline constexpr size_t kBoardInfoChipsOffset = 29;
 
 /// Pieces of the other tables that the discovery reads.
 Bytes FadtTable(uint32_t dsdt, uint32_t facs = 0, uint16_t sciInterrupt = 9, uint32_t pm1aEvent = 0x800,
@@ -207,14 +202,11 @@ class AcpiImage {
 /// The BIOS information record, 64 bytes; `checksumOffset` (9 by default) is the byte that makes the sum right.
 struct BiosInfo {
   std::string model;
-  std::string signature = "$CN1368$";
+  std::string signature = layout::bios::kSignature;
   uint16_t unused = 0;  ///< bytes 8 and 9; the checksum overwrites its byte
   size_t checksumOffset = 9;
   std::optional<uint8_t> checksum = {};  ///< instead of the right one
   Bytes Build() const;
 };
-inline constexpr size_t kBiosInfoBytes = 64;
-inline constexpr size_t kBiosModelOffset = 10;
-inline constexpr size_t kBiosModelBytes = 54;
 
 }  // namespace sim

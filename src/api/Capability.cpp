@@ -10,7 +10,10 @@
 #include "api/Library.h"
 #include "api/Text.h"
 #include "layout/AcpiLayout.h"
+#include "layout/BoardRecord.h"
+#include "layout/IoChips.h"
 #include "layout/LittleEndian.h"
+#include "layout/RecordLayout.h"
 #include "tables/TIAMTable.h"
 #include "vynlib/vynlib.h"
 
@@ -20,25 +23,9 @@ namespace api {
 
 namespace {
 
-struct IoChip {
-  uint16_t identifier;
-  uint8_t number;
-  const char* name;
-};
-
-// Number and name disagree in some rows; this is meant.
-constexpr IoChip kIoChips[] = {
-    {0x00D8, 6, "Nuvoton 6796D-S"}, {0x0215, 1, "Fintek 81966"},  {0x80D2, 2, "None"},
-    {0x83D2, 2, "Nuvoton 6126D"},   {0x84D2, 0, "Nuvoton 6126D"}, {0x94D2, 5, "Nuvoton 5525D-S"},
-    {0xAEC2, 4, "MCU 121"},         {0xB0D2, 3, "None"},          {0xB3D2, 3, "Nuvoton 5525D"},
-    {0xB4D2, 0, "Nuvoton 5525D"},   {0xE4D2, 7, "None"},
-};
-constexpr IoChip kOtherChip = {0, 0, "None"};
-
-const IoChip& FindChip(uint16_t identifier) {
-  for (const IoChip& chip : kIoChips)
-    if (chip.identifier == identifier) return chip;
-  return kOtherChip;
+const IoChip& ChipOf(uint16_t identifier) {
+  const IoChip* chip = FindIoChip(identifier);
+  return chip != nullptr ? *chip : kOtherChip;
 }
 
 bool BoardHas(uint16_t identifier) {
@@ -49,12 +36,12 @@ bool BoardHas(uint16_t identifier) {
 
 }  // namespace
 
-const char* GetIOName(uint16_t identifier) { return FindChip(identifier).name; }
+const char* GetIOName(uint16_t identifier) { return ChipOf(identifier).name; }
 
 int GetWhichIOUse(uint16_t identifier, uint8_t* io) {
   if (IAMTable == nullptr || IAMTable->BoardInfo == nullptr) return Fail(kNoBoardRecord);
   if (!BoardHas(identifier)) return Fail(kChipNotListed);
-  *io = FindChip(identifier).number;
+  *io = ChipOf(identifier).number;
   LastErrorCode = kOk;
   return 1;
 }
@@ -65,12 +52,11 @@ using namespace api;
 
 namespace {
 
-constexpr uint8_t kIdValue = 240;
-constexpr unsigned kWatchdogList = 36;
-constexpr unsigned kFanList = 37;
-constexpr uint8_t kLastBoardKind = 24;
-constexpr uint8_t kWatchdogKind = 25;
-constexpr uint8_t kFanKind = 26;
+constexpr const RecordType& kWatchdogType = Feature("Watchdog");
+constexpr const RecordType& kFanType = Feature("FanConfig");
+/// Kinds are the numbers of record types; below these two, the board as a whole is asked about.
+constexpr uint8_t kWatchdogKind = kWatchdogType.type, kFanKind = kFanType.type;
+constexpr uint8_t kLastBoardKind = kWatchdogKind - 1;
 
 void SetNumberCode(uint8_t io) { LastErrorCode = io == 0 ? kNoIoNumber : kOk; }
 
@@ -88,7 +74,7 @@ std::optional<IadtEntry> FindIdEntry(unsigned list, const char* name,
                                      bool (*matches)(IadtEntry entry, const char* name)) {
   if (Has(list))
     for (const IadtEntry entry : Entries(list))
-      if (matches(entry, name) && entry.Value() == kIdValue) return entry;
+      if (matches(entry, name) && entry.Value() == iadt::kIdValue) return entry;
   return {};
 }
 
@@ -118,7 +104,7 @@ int VynLibTableSupported(uint8_t selector) {
   if (selector != api::kPerform) return 0;
   if (IAMTable == nullptr || IAMTable->Header == nullptr || IADTable == nullptr || IADTable->Slots[0] == nullptr)
     throw std::logic_error("basic_string::_M_construct null not valid");  // the one exception that leaves the library
-  return HasSignature(IAMTable->Header, "IAMT") && HasSignature(IADTable->Slots[0], "IADT") ? 1 : 0;
+  return HasSignature(IAMTable->Header, iamt::kSignature) && HasSignature(IADTable->Slots[0], iadt::kSignature) ? 1 : 0;
 }
 
 void VynLibGetWhichIOToBeUse(uint8_t kind, const char* name, uint8_t* io) {
@@ -130,8 +116,8 @@ void VynLibGetWhichIOToBeUse(uint8_t kind, const char* name, uint8_t* io) {
     if (LastErrorCode != kNoIdEntry) LookUp(0, &number);
   } else if (kind == kWatchdogKind || kind == kFanKind) {
     LastErrorCode = kNoIdEntry;
-    entry = kind == kWatchdogKind ? FindIdEntry(kWatchdogList, Text(name), IsWatchdogOf)
-                                  : FindIdEntry(kFanList, Text(name), IsFanOf);
+    entry = kind == kWatchdogKind ? FindIdEntry(kWatchdogType.list, Text(name), IsWatchdogOf)
+                                  : FindIdEntry(kFanType.list, Text(name), IsFanOf);
     if (entry) Identify(*entry, &number);
   } else {
     LastErrorCode = kBadKind;

@@ -26,7 +26,7 @@ enum class Ran {
 class CommandCursor {
  public:
   explicit CommandCursor(IadtEntry entry)
-      : command_(entry.Body()), remaining_(int64_t{entry.Length()} - static_cast<int64_t>(iadt::kBody)) {}
+      : command_(entry.Body()), remaining_(int64_t{entry.Length()} - static_cast<int64_t>(layout::iadt::kBody)) {}
 
   bool AtEnd() const { return remaining_ == 0; }
   /// Whether all bytes of the current command belong to the entry; to be asked before anything is done with it.

@@ -16,6 +16,7 @@
 #include "api/Library.h"
 #include "api/Text.h"
 #include "layout/LittleEndian.h"
+#include "layout/RecordLayout.h"
 #include "vynlib/vynlib.h"
 
 using namespace layout;
@@ -24,12 +25,10 @@ using namespace api;
 
 namespace {
 
-constexpr unsigned kFanList = 37;
-constexpr std::string_view kModeWord = "Mode";
+constexpr unsigned kFanList = Feature("FanConfig").list;
 constexpr std::string_view kIdWord = "Id";
 /// The caller's count that asks for the mode and its count alone.
 constexpr uint8_t kAskForCount = 255;
-constexpr unsigned kModes = 3;
 
 enum SubCode : uint8_t {
   kReadFailed = 0x01,
@@ -111,7 +110,7 @@ using FanName = std::array<char, VYNLIB_NAME_BYTES>;
 FanName FanOf(IadtEntry entry) {
   FanName fan{};
   memcpy_s(fan.data(), fan.size(), entry.Name(), iadt::kNameBytes);
-  RemoveSubStr(fan.size(), fan.data(), kModeWord);
+  RemoveSubStr(fan.size(), fan.data(), kFanModeWord);
   return fan;
 }
 
@@ -151,7 +150,7 @@ void VynLibGetFANModeSupport(const char* name, uint8_t* modes) {
   LastErrorCode = FanCode(kNoMatch);
   uint8_t mask = 0;
   for (const IadtEntry entry : Entries(kFanList)) {
-    if (!IsEntryOf(entry, Text(name)) || entry.Value() >= kModes) continue;
+    if (!IsEntryOf(entry, Text(name)) || entry.Value() >= kFanModes) continue;
     mask = static_cast<uint8_t>(mask | 1u << entry.Value());
     LastErrorCode = kOk;
   }

@@ -2,15 +2,18 @@
 #include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <string_view>
 
 #include <safe_str_lib.h>
 
 #include "api/EntryWalk.h"
 #include "api/Library.h"
 #include "hw/Platform.h"
+#include "layout/RecordLayout.h"
 #include "vynlib/vynlib.h"
 
 using namespace api;
+using namespace layout;
 
 namespace {
 
@@ -25,16 +28,20 @@ struct Raw {
   unsigned long long b = 0;  ///< the fraction or the low byte
 };
 
-/// How the records of one list are read: the offsets of the commands of each raw value (0: none), and the formula. A
+/// How the records of one type are read: the commands stand where the type has its places, then comes the formula. A
 /// formula stores the result; it returns a sub-code when the reading does not count, and the search goes on.
 template <typename T>
 struct SensorList {
-  uint8_t list;
-  uint8_t commandsA[2];
-  uint8_t commandsB[2];
+  const RecordType& type;
   uint8_t (*convert)(const uint8_t* record, const Raw& raw, T* result);
   uint32_t settleMicroseconds = 0;
 };
+
+/// Offset of a parameter in the records of a type; a name that the type does not have does not compile.
+consteval uint8_t At(const RecordType& type, std::string_view parameter) {
+  const RecordParameter& row = *type.Parameter(parameter);
+  return row.bytes == 1 ? row.offset : throw "not a byte";
+}
 
 constexpr uint8_t kReadingCounts = 0;
 
@@ -48,6 +55,10 @@ bool IsNegative(unsigned long long raw) { return (raw & 0x80) != 0; }
 
 // ---- Voltage ----
 
+constexpr const RecordType& kVoltage1 = Sensor("voltage", 1);
+constexpr const RecordType& kVoltage2 = Sensor("voltage", 2);
+constexpr const RecordType& kVoltage3 = Sensor("voltage", 3);
+
 /// Volts of a raw value behind a divider; without one (a resistor of 0) the raw value is scaled as it is. The divider
 /// is worked out in float, the step to volts in double.
 float Volts(unsigned long long raw, uint8_t upper, uint8_t lower, uint8_t millivoltsPerCount) {
@@ -60,32 +71,36 @@ float Volts(unsigned long long raw, uint8_t upper, uint8_t lower, uint8_t milliv
 }
 
 /// A raw 0 means no reading, so a true 0 V is never reported; this is meant.
-template <uint8_t noReading>
+template <uint8_t kind, uint8_t noReading>
 uint8_t VoltageBy8(const uint8_t* record, const Raw& raw, float* volts) {
   if (raw.a == 0) return noReading;
-  *volts = Volts(raw.a, record[27], record[28], 8);
+  *volts = Volts(raw.a, record[At(Sensor("voltage", kind), "r1")], record[At(Sensor("voltage", kind), "r2")], 8);
   return kReadingCounts;
 }
 
 uint8_t VoltageByStep(const uint8_t* record, const Raw& raw, float* volts) {
   if (raw.a == 0) return 0x06;
-  *volts = Volts(raw.a, record[28], record[29], record[27]);
+  *volts = Volts(raw.a, record[At(kVoltage3, "r1")], record[At(kVoltage3, "r2")], record[At(kVoltage3, "step")]);
   return kReadingCounts;
 }
 
 constexpr SensorList<float> kVoltages[] = {
-    {2, {29, 65}, {0, 0}, VoltageBy8<0x01>},
-    {3, {29, 0}, {0, 0}, VoltageBy8<0x02>},
-    {4, {30, 0}, {0, 0}, VoltageByStep},
+    {kVoltage1, VoltageBy8<1, 0x01>},
+    {kVoltage2, VoltageBy8<2, 0x02>},
+    {kVoltage3, VoltageByStep},
 };
 
 // ---- Temperature ----
 
+constexpr const RecordType& kTemperature1 = Sensor("temperature", 1);
+constexpr const RecordType& kTemperature3 = Sensor("temperature", 3);
+
 /// The fraction is added to a negative integer part too: -10 and 0.5 give -9.5; this is meant.
 uint8_t WholeAndFraction(const uint8_t* record, const Raw& raw, float* celsius) {
-  const uint8_t divisor = record[27];
-  const unsigned long long whole = ShiftRight(raw.a, record[28]);
-  const float fraction = static_cast<float>(ShiftRight(raw.b, record[102])) / static_cast<float>(record[101]);
+  const uint8_t divisor = record[At(kTemperature1, "divisor")];
+  const unsigned long long whole = ShiftRight(raw.a, record[At(kTemperature1, "shift")]);
+  const float fraction = static_cast<float>(ShiftRight(raw.b, record[At(kTemperature1, "fraction_shift")])) /
+                         static_cast<float>(record[At(kTemperature1, "fraction_divisor")]);
   if (IsNegative(raw.a)) {
     const unsigned long long quotient = divisor == 0 ? 0 : whole / divisor;
     *celsius = fraction + static_cast<float>(static_cast<long long>(quotient - 256));
@@ -102,8 +117,12 @@ uint8_t SignedByte(const uint8_t*, const Raw& raw, float* celsius) {
 
 /// The difference is unsigned: a larger second field wraps to about 1.8e19; this is meant.
 uint8_t FieldDifference(const uint8_t* record, const Raw& raw, float* celsius) {
-  const unsigned long long first = ShiftRight(raw.a, record[27]) & LowBits(record[28]);
-  const unsigned long long second = ShiftRight(raw.b, record[69]) & LowBits(record[70]);
+  const auto field = [=](unsigned long long value, uint8_t shift, uint8_t width) {
+    return ShiftRight(value, record[shift]) & LowBits(record[width]);
+  };
+  const unsigned long long first = field(raw.a, At(kTemperature3, "shift"), At(kTemperature3, "width"));
+  const unsigned long long second =
+      field(raw.b, At(kTemperature3, "subtrahend_shift"), At(kTemperature3, "subtrahend_width"));
   *celsius = static_cast<float>(first - second);
   return kReadingCounts;
 }
@@ -120,10 +139,10 @@ uint8_t Hundredths(const uint8_t*, const Raw& raw, float* celsius) {
 }
 
 constexpr SensorList<float> kTemperatures[] = {
-    {5, {29, 65}, {103, 139}, WholeAndFraction},
-    {6, {27, 0}, {0, 0}, SignedByte},
-    {7, {29, 0}, {71, 0}, FieldDifference},
-    {8, {27, 0}, {48, 0}, Hundredths, kSettleMicroseconds},
+    {kTemperature1, WholeAndFraction},
+    {Sensor("temperature", 2), SignedByte},
+    {kTemperature3, FieldDifference},
+    {Sensor("temperature", 4), Hundredths, kSettleMicroseconds},
 };
 
 // ---- Fan speed ----
@@ -154,9 +173,9 @@ uint8_t SpeedUnlessStalled(const uint8_t*, const Raw& raw, uint16_t* rpm) {
 }
 
 constexpr SensorList<uint16_t> kFanSpeeds[] = {
-    {9, {27, 63}, {99, 135}, PlainSpeed},
-    {10, {31, 0}, {67, 0}, SpeedOfPeriod},
-    {11, {31, 0}, {52, 0}, SpeedUnlessStalled},
+    {Sensor("fan", 1), PlainSpeed},
+    {Sensor("fan", 2), SpeedOfPeriod},
+    {Sensor("fan", 3), SpeedUnlessStalled},
 };
 
 // ---- Current ----
@@ -167,7 +186,7 @@ uint8_t Tenths(const uint8_t*, const Raw& raw, float* value) {
   return kReadingCounts;
 }
 
-constexpr SensorList<float> kCurrents[] = {{12, {27, 0}, {0, 0}, Tenths}};
+constexpr SensorList<float> kCurrents[] = {{Sensor("current", 1), Tenths}};
 
 // ---- One algorithm for all ----
 
@@ -183,7 +202,7 @@ struct Quantity {
   const SensorList<T>* end() const { return lists + count; }
   bool IsOffered() const {
     for (const SensorList<T>& list : *this)
-      if (Has(list.list)) return true;
+      if (Has(list.type.list)) return true;
     return false;
   }
 };
@@ -194,9 +213,9 @@ constexpr Quantity<uint16_t> kFanSpeedQuantity{kFanSpeed, 0x06, 0x05, kFanSpeeds
 constexpr Quantity<float> kCurrentQuantity{kCurrent, 0x05, 0x03, kCurrents, std::size(kCurrents)};
 
 /// The results of the commands are not looked at: failures show through the raw values alone.
-void ReadRaw(IadtEntry entry, const uint8_t (&commands)[2], unsigned long long* raw) {
-  for (const uint8_t offset : commands)
-    if (offset != 0) RunSensorCommand(entry, offset, raw);
+void ReadRaw(IadtEntry entry, const RecordType& type, Raw* raw) {
+  for (const CommandPlace& place : type.places)
+    RunSensorCommand(entry, place.offset, place.value == RawValue::kFirst ? &raw->a : &raw->b);
 }
 
 template <typename T>
@@ -209,12 +228,11 @@ int ReadSensor(const Quantity<T>& quantity, const char* name, T* target, uint8_t
   LastErrorCode = Code(quantity.family, quantity.noSuchName);
   Raw raw;
   for (const SensorList<T>& list : quantity) {
-    if (!Has(list.list)) continue;
-    for (const IadtEntry entry : Entries(list.list)) {
+    if (!Has(list.type.list)) continue;
+    for (const IadtEntry entry : Entries(list.type.list)) {
       if (!NameMatches(entry, Text(name))) continue;
       if (list.settleMicroseconds != 0) platform::SleepMicroseconds(list.settleMicroseconds);
-      ReadRaw(entry, list.commandsA, &raw.a);
-      ReadRaw(entry, list.commandsB, &raw.b);
+      ReadRaw(entry, list.type, &raw);
       const uint8_t subCode = list.convert(entry.Record(), raw, &value);
       if (subCode != kReadingCounts) {
         LastErrorCode = Code(quantity.family, subCode);
@@ -238,8 +256,8 @@ template <typename T>
 uint8_t CountSensors(const Quantity<T>& quantity) {
   uint8_t count = 0;
   for (const SensorList<T>& list : quantity)
-    if (Has(list.list))
-      for ([[maybe_unused]] const IadtEntry entry : Entries(list.list)) ++count;
+    if (Has(list.type.list))
+      for ([[maybe_unused]] const IadtEntry entry : Entries(list.type.list)) ++count;
   return count;
 }
 
@@ -247,8 +265,8 @@ template <typename T>
 int CopyNames(const Quantity<T>& quantity, char** names, uint8_t count) {
   size_t i = 0;
   for (const SensorList<T>& list : quantity) {
-    if (!Has(list.list)) continue;
-    for (const IadtEntry entry : Entries(list.list)) {
+    if (!Has(list.type.list)) continue;
+    for (const IadtEntry entry : Entries(list.type.list)) {
       if (i >= count) return InitOk;
       if (names[i] == nullptr) return Fail(Code(quantity.family, quantity.nullBuffer));
       strncpy_s(names[i], kNameBytes, entry.Name(), kNameBytes);  // a name without a terminator comes out empty
@@ -278,8 +296,8 @@ int GetNames(const Quantity<T>& quantity, char** names, uint8_t* count, uint8_t 
 
 int VynLibGetVoltage(const char* name, float* volts, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
-  // Yes on a board without any voltage list, no on one with list 4 alone; this is meant.
-  if (selector == kQuery) return Answer(Has(2) || Has(3) || !Has(4), kVoltage);
+  // Yes on a board without any voltage list, no on one with the third alone; this is meant.
+  if (selector == kQuery) return Answer(Has(kVoltage1.list) || Has(kVoltage2.list) || !Has(kVoltage3.list), kVoltage);
   return ReadSensor(kVoltageQuantity, name, volts, selector);
 }
 int VynLibGetTemperature(const char* name, float* celsius, uint8_t selector) {

@@ -6,10 +6,13 @@
 #include <cstring>
 
 #include "hw/TReadWrite.h"
+#include "layout/AcpiLayout.h"
+#include "layout/BiosRecord.h"
+#include "layout/Checksum.h"
+
+using namespace layout;
 
 namespace {
-constexpr unsigned long long kSearchStart = 0xE0000;
-constexpr unsigned int kSearchBytes = 0x20000;
 constexpr unsigned long long kNotFound = 0xFFFFFFFF;
 }  // namespace
 
@@ -22,10 +25,11 @@ TVyn::~TVyn() = default;
 
 int TVyn::GetVynmarBiosInfo(_VYNMAR_BIOS_INFO* record) {
   if (ReadWrite == nullptr) return 0;
-  unsigned char signature[] = "$CN1368$";
+  unsigned char signature[bios::kSignatureBytes];
+  std::memcpy(signature, bios::kSignature, sizeof signature);
   for (unsigned int n = 0;; ++n) {
     const unsigned long long address =
-        ReadWrite->MemoryFindData(kSearchStart, kSearchBytes, 1, n, signature, sizeof signature - 1, false);
+        ReadWrite->MemoryFindData(acpi::kBiosArea, acpi::kBiosAreaBytes, 1, n, signature, sizeof signature, false);
     if (address == kNotFound) return 0;
     ReadWrite->MemoryReadBlock(address, record, sizeof *record);
     if (BiosInfoChecksum(record, sizeof *record) != 0) return 1;
@@ -34,9 +38,7 @@ int TVyn::GetVynmarBiosInfo(_VYNMAR_BIOS_INFO* record) {
 
 int TVyn::BiosInfoChecksum(_VYNMAR_BIOS_INFO* record, int length) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(record);
-  unsigned sum = 0;
-  for (int i = 0; i < length; ++i) sum += bytes[i];
-  return sum % 256 == 0 ? 1 : 0;
+  return ByteSum(bytes, length > 0 ? static_cast<size_t>(length) : 0) == 0 ? 1 : 0;
 }
 
 void TVyn::RetrieveSmbiosInformation() {}

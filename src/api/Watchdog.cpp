@@ -3,26 +3,19 @@
 #include "api/EntryWalk.h"
 #include "api/Library.h"
 #include "hw/Platform.h"
+#include "layout/RecordLayout.h"
 #include "vynlib/vynlib.h"
 
 using namespace api;
+using namespace layout;
 
 namespace {
 
-constexpr unsigned kWatchdogList = 36;
+constexpr unsigned kWatchdogList = Feature("Watchdog").list;
 constexpr uint32_t kStopMicroseconds = 50000;
 
-/// The entry values of the operations.
-enum Operation : uint8_t {
-  kActivate = 1,
-  kDeactivate = 2,
-  kInterval = 3,
-  kStart = 4,
-  kStop = 5,
-  kCountMode0 = 6,
-  kCountMode1 = 7,
-  kNoOperation = 255,  ///< firmware does not use it: the call ends with the no-entry code
-};
+/// What any other argument asks for. Firmware does not use it: the call ends with the no-entry code.
+constexpr WatchdogOperation kNoOperation{255};
 
 /// Sub-codes of a group of operations.
 struct Codes {
@@ -42,7 +35,9 @@ constexpr uint64_t WatchdogCode(uint8_t subCode) { return Code(kWatchdog, subCod
 
 int QueryWatchdog() { return Answer(Has(kWatchdogList), kWatchdog); }
 
-bool IsCountMode(IadtEntry entry) { return entry.Value() == kCountMode0 || entry.Value() == kCountMode1; }
+bool IsCountMode(IadtEntry entry) {
+  return entry.Value() == kWatchdogCountMode0 || entry.Value() == kWatchdogCountMode1;
+}
 
 /// Runs the candidates in order until the commands of one succeed, which `done(entry, accumulator)` then takes.
 template <typename Wants, typename Done>
@@ -69,13 +64,13 @@ int Perform(uint8_t operation, Codes codes, uint8_t data = 0) {
 }
 
 /// The operation for an argument of 0 or 1.
-constexpr uint8_t Choose(uint8_t argument, Operation zero, Operation one) {
+constexpr uint8_t Choose(uint8_t argument, WatchdogOperation zero, WatchdogOperation one) {
   return argument == 0 ? zero : argument == 1 ? one : kNoOperation;
 }
 
-int WDTActivation(uint8_t on) { return Perform(Choose(on, kDeactivate, kActivate), kActivation); }
-int WDTSetInterval(uint8_t interval) { return Perform(kInterval, kSettingInterval, interval); }
-int WDTCounting(uint8_t on) { return Perform(Choose(on, kStop, kStart), kCounting); }
+int WDTActivation(uint8_t on) { return Perform(Choose(on, kWatchdogDeactivate, kWatchdogActivate), kActivation); }
+int WDTSetInterval(uint8_t interval) { return Perform(kWatchdogInterval, kSettingInterval, interval); }
+int WDTCounting(uint8_t on) { return Perform(Choose(on, kWatchdogStop, kWatchdogStart), kCounting); }
 
 int QueryCountMode() {
   if (!Has(kWatchdogList)) return Fail(WatchdogCode(kAbsent));
@@ -119,7 +114,7 @@ int VynLibWDTGetInterval(uint32_t* interval, uint8_t selector) {
   if (selector == kQuery) return QueryWatchdog();
   if (!IsPerform(selector)) return Fail(kBadSelector);
   return Walk(
-      kGettingInterval, kGet, 0, [](IadtEntry entry) { return entry.Value() == kInterval; },
+      kGettingInterval, kGet, 0, [](IadtEntry entry) { return entry.Value() == kWatchdogInterval; },
       [=](IadtEntry, unsigned long long value) { Result<uint32_t>{interval} = static_cast<uint32_t>(value); });
 }
 
@@ -127,7 +122,7 @@ int VynLibWDTSetCountMode(uint8_t mode, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return QueryCountMode();
   if (!IsPerform(selector)) return Fail(kBadSelector);
-  return Perform(Choose(mode, kCountMode0, kCountMode1), kSettingMode);
+  return Perform(Choose(mode, kWatchdogCountMode0, kWatchdogCountMode1), kSettingMode);
 }
 
 int VynLibWDTGetCountMode(uint8_t* mode, uint8_t selector) {
@@ -136,6 +131,7 @@ int VynLibWDTGetCountMode(uint8_t* mode, uint8_t selector) {
   if (!IsPerform(selector)) return Fail(kBadSelector);
   const Result<uint8_t> result(mode);
   if (Has(kWatchdogList)) result = 0;
-  return Walk(kGettingMode, kGet, 0, IsCountMode,
-              [&](IadtEntry entry, unsigned long long) { result = static_cast<uint8_t>(entry.Value() - kCountMode0); });
+  return Walk(kGettingMode, kGet, 0, IsCountMode, [&](IadtEntry entry, unsigned long long) {
+    result = static_cast<uint8_t>(entry.Value() - kWatchdogCountMode0);
+  });
 }

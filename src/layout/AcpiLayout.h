@@ -10,6 +10,8 @@ namespace layout::acpi {
 inline constexpr size_t kSignatureBytes = 4;
 inline constexpr size_t kHeaderBytes = 36;
 inline constexpr size_t kLengthOffset = 4, kRevisionOffset = 8, kChecksumOffset = 9;
+inline constexpr size_t kOemId = 10, kOemIdBytes = 6, kOemTableId = 16, kOemTableIdBytes = 8, kOemRevision = 24;
+inline constexpr size_t kCreatorId = 28, kCreatorIdBytes = 4, kCreatorRevision = 32;
 
 /// Where firmware with a BIOS leaves its root pointer and the BIOS information record.
 inline constexpr uint32_t kBiosArea = 0xE0000, kBiosAreaBytes = 0x20000;

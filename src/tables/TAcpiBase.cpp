@@ -7,6 +7,7 @@
 
 #include "hw/TReadWrite.h"
 #include "layout/AcpiLayout.h"
+#include "layout/Checksum.h"
 #include "layout/LittleEndian.h"
 
 using namespace layout;
@@ -46,11 +47,7 @@ const Builder* FindBuilder(const TableHeader& header) {
   return nullptr;
 }
 
-bool SumsToZero(const unsigned char* bytes, size_t length) {
-  unsigned sum = 0;
-  for (size_t i = 0; i < length; ++i) sum += bytes[i];
-  return sum % 256 == 0;
-}
+bool SumsToZero(const unsigned char* bytes, size_t length) { return ByteSum(bytes, length) == 0; }
 
 }  // namespace
 

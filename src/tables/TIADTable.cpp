@@ -23,12 +23,6 @@ unsigned char* NewCopy(size_t size, const unsigned char* source, int64_t count, 
 
 }  // namespace
 
-unsigned iadt::ListOf(uint8_t type, uint8_t subType) {
-  for (const ListRow& row : kLists)
-    if (row.type == type && (row.subType == kAnySubType || row.subType == subType)) return row.list;
-  return 0;
-}
-
 TIADTable* TIADTable::g_Instance = nullptr;
 
 TIADTable* TIADTable::GetInstance() {
@@ -46,14 +40,14 @@ TIADTable::TIADTable() : Slots{}, tails_{}, budget_(kMostBytesKept) {
 }
 
 TIADTable::~TIADTable() {
-  for (unsigned list = 1; list < iadt::kSlots; ++list) FreeList(list);
+  for (unsigned list = 1; list < kSlots; ++list) FreeList(list);
   delete[] Slots[0];
 }
 
 void TIADTable::FreeList(unsigned list) {
   for (unsigned char* node = Slots[list]; node != nullptr;) {
-    unsigned char* next = IadtEntry::LoadPointer(node + iadt::kLinkOffsets[list]);
-    if (iadt::kKeptBytes[list] == 0) delete[] IadtEntry::LoadPointer(node + iadt::kBody);
+    unsigned char* next = IadtEntry::LoadPointer(node + IadtEntry::kLinkOffsets[list]);
+    if (IadtEntry::kKeptBytes[list] == 0) delete[] IadtEntry::LoadPointer(node + iadt::kBody);
     delete[] node;
     node = next;
   }
@@ -74,14 +68,15 @@ void TIADTable::Fill(const unsigned char* table, uint32_t length) {
 
 /// Appends the record to its list; false when the lists are full.
 bool TIADTable::File(const unsigned char* record, uint32_t recordLength, int64_t available) {
-  const unsigned list = iadt::ListOf(record[iadt::kType], record[iadt::kValue]);
-  if (list == 0) return true;
+  const RecordType* type = FindRecordType(record[iadt::kType], record[iadt::kValue]);
+  if (type == nullptr) return true;
+  const unsigned list = type->list;
   unsigned char* node = NewNode(list, record, recordLength, available);
   if (node == nullptr) return false;
   if (tails_[list] == nullptr) {
     Slots[list] = node;
   } else {
-    StorePointer(tails_[list] + iadt::kLinkOffsets[list], node);
+    StorePointer(tails_[list] + IadtEntry::kLinkOffsets[list], node);
   }
   tails_[list] = node;
   return true;
@@ -90,8 +85,8 @@ bool TIADTable::File(const unsigned char* record, uint32_t recordLength, int64_t
 unsigned char* TIADTable::NewNode(unsigned list, const unsigned char* record, uint32_t recordLength,
                                   int64_t available) {
   constexpr auto kHeaderBytes = static_cast<int64_t>(iadt::kBody);
-  const int64_t keptBytes = iadt::kKeptBytes[list];
-  const size_t nodeBytes = iadt::kLinkOffsets[list] + iadt::kPointerBytes;
+  const int64_t keptBytes = IadtEntry::kKeptBytes[list];
+  const size_t nodeBytes = IadtEntry::kLinkOffsets[list] + IadtEntry::kPointerBytes;
   const uint64_t needed = nodeBytes + (keptBytes == 0 ? recordLength : 0);
   if (needed > budget_) return nullptr;
   budget_ -= needed;

@@ -7,6 +7,7 @@
 #include <safe_mem_lib.h>
 
 #include "layout/AcpiLayout.h"
+#include "layout/BoardRecord.h"
 
 using namespace layout;
 
@@ -34,9 +35,9 @@ void TIAMTable::Fill(const unsigned char* table, uint32_t length) {
   memcpy_s(Header, acpi::kHeaderBytes, table, acpi::kHeaderBytes);
   const unsigned char* record = table + iamt::kRecords;
   int64_t remaining = int64_t{length} - static_cast<int64_t>(iamt::kRecords);
-  while (remaining >= static_cast<int64_t>(iamt::kRecordHeaderBytes)) {
-    const uint8_t recordLength = record[iamt::kLengthOffset];
-    if (record[iamt::kTypeOffset] == iamt::kBoardRecordType) {
+  while (remaining >= static_cast<int64_t>(iamt::kLengthEnd)) {
+    const uint8_t recordLength = record[iamt::kLength];
+    if (record[iamt::kType] == iamt::kBoardRecordType) {
       if (BoardInfo == nullptr) {
         std::puts("BuildIAMT Failed!! (IAMTBoardInfoTable is NULL)");
         return;

@@ -1,16 +1,8 @@
+/// The board information table, kept.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-
-/// Offsets within the IAMT and its board information record.
-namespace iamt {
-inline constexpr size_t kRecords = 36;
-inline constexpr size_t kTypeOffset = 0, kLengthOffset = 3, kRecordHeaderBytes = 4;
-inline constexpr uint8_t kBoardRecordType = 0;
-inline constexpr size_t kBoardRecordBytes = 55;     ///< what the library keeps of it
-inline constexpr size_t kChipIds[] = {29, 31, 33};  ///< 16 bits each
-}  // namespace iamt
 
 /// The board information table: a copy of its header and of its board information record.
 class TIAMTable {

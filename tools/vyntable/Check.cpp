@@ -7,6 +7,7 @@
 
 #include <fmt/core.h>
 
+#include "layout/IoChips.h"
 #include "vyntable/CommandCheck.h"
 #include "vyntable/Commands.h"
 
@@ -15,12 +16,7 @@ namespace vyntable {
 using namespace layout;
 namespace {
 
-constexpr uint8_t kWatchdogType = 25, kFanConfigType = 26, kIdValue = 240;
-constexpr uint8_t kTypesWithoutReader[] = {9, 11, 12, 18};
-constexpr uint8_t kLastWatchdogOperation = 7, kLastFanMode = 2;
-constexpr size_t kRecordLengthOffset = 3;
-constexpr uint16_t kKnownChips[] = {0x00D8, 0x0215, 0x80D2, 0x83D2, 0x84D2, 0x94D2,
-                                    0xAEC2, 0xB0D2, 0xB3D2, 0xB4D2, 0xE4D2};
+constexpr uint8_t kWatchdogType = Feature("Watchdog").type, kFanConfigType = Feature("FanConfig").type;
 
 class Checker {
  public:
@@ -51,15 +47,14 @@ class Checker {
 
   /// Whether the rest of the table can be looked at.
   bool CheckHeader() {
-    if (bytes_.size() < sim::kAcpiHeaderBytes) {
+    if (bytes_.size() < acpi::kHeaderBytes) {
       Error(0, "shorter than the 36 bytes of a table header");
       return false;
     }
-    const uint64_t length = Load(bytes_, sim::kAcpiLengthOffset, 4);
+    const uint64_t length = Load(bytes_, acpi::kLengthOffset, 4);
     if (length != bytes_.size())
-      Error(sim::kAcpiLengthOffset,
-            fmt::format("the length field says {}, the file has {} bytes", length, bytes_.size()));
-    if (SumOf(bytes_) != 0) Error(sim::kAcpiChecksumOffset, "the bytes do not sum to 0 modulo 256");
+      Error(acpi::kLengthOffset, fmt::format("the length field says {}, the file has {} bytes", length, bytes_.size()));
+    if (SumOf(bytes_) != 0) Error(acpi::kChecksumOffset, "the bytes do not sum to 0 modulo 256");
     return true;
   }
 
@@ -67,11 +62,10 @@ class Checker {
   void CheckEnd(size_t end, const char* what, size_t fieldBytes, size_t least) {
     const View rest = Body(image_).subspan(end);
     if (rest.empty()) return;
-    const uint64_t length = Load(rest, kRecordLengthOffset, fieldBytes);
+    const uint64_t length = Load(rest, iadt::kLength, fieldBytes);
     const char* why = length == 0 ? "is 0" : length < least ? "is shorter than its head" : "reaches beyond the table";
     if (rest.size() < least) why = "is missing: too few bytes are left";
-    Error(end + kRecordLengthOffset,
-          fmt::format("the length of this {} ({}) {}; the walk ends here", what, length, why));
+    Error(end + iadt::kLength, fmt::format("the length of this {} ({}) {}; the walk ends here", what, length, why));
   }
 
   // --- function description table ---
@@ -79,7 +73,7 @@ class Checker {
   void CheckIadt() {
     const Records walk = WalkRecords(image_);
     for (const RecordView& record : walk.records) CheckRecord(record);
-    CheckEnd(walk.end, "record", 4, sim::kRecordHeaderBytes);
+    CheckEnd(walk.end, "record", 4, iadt::kBody);
     CheckWatchdog(walk.records);
   }
 
@@ -95,7 +89,7 @@ class Checker {
   }
 
   void CheckName(const RecordView& record, bool required) {
-    const size_t place = record.offset + sim::kRecordNameOffset;
+    const size_t place = record.offset + iadt::kName;
     if (!record.NameTerminated()) Error(place, "the name has no terminator: it is reported as an empty name");
     if (required && record.NameText().empty()) Error(place, "the record is found by name and has none");
   }
@@ -103,12 +97,12 @@ class Checker {
   void CheckSensor(const RecordView& record) {
     CheckName(record, true);
     if (record.bytes.size() < record.type->bytes)
-      Error(record.offset + kRecordLengthOffset,
+      Error(record.offset + iadt::kLength,
             fmt::format("{} bytes where this sensor record has {}", record.bytes.size(), record.type->bytes));
     if (record.bytes.size() > record.type->bytes)
       Add(record.offset + record.type->bytes, Severity::kNote, "bytes beyond the sensor record are not kept");
     if (!sensorNames_.emplace(record.type->name, record.NameText()).second)
-      Warn(record.offset + sim::kRecordNameOffset, "a sensor of this quantity has the same name");
+      Warn(record.offset + iadt::kName, "a sensor of this quantity has the same name");
     for (const CommandView& command : SensorCommands(record))
       if (std::ranges::any_of(command.bytes, [](uint8_t byte) { return byte != 0; }))
         CheckCommand(command, {.sensor = true, .arguments = 1}, &findings_);
@@ -116,10 +110,9 @@ class Checker {
 
   void CheckFeature(const RecordView& record) {
     const bool named = record.TypeCode() == kWatchdogType || record.TypeCode() == kFanConfigType;
-    if (named) CheckName(record, record.TypeCode() == kFanConfigType || record.Value() == kIdValue);
-    if (std::ranges::count(kTypesWithoutReader, record.TypeCode()))
-      Add(record.offset, Severity::kNote, "no function reads records of this type");
-    if (record.bytes.size() == sim::kRecordHeaderBytes && !(named && record.Value() == kIdValue))
+    if (named) CheckName(record, record.TypeCode() == kFanConfigType || record.Value() == iadt::kIdValue);
+    if (!record.type->used) Add(record.offset, Severity::kNote, "no function reads records of this type");
+    if (record.bytes.size() == iadt::kBody && !(named && record.Value() == iadt::kIdValue))
       Warn(record.offset, "an entry without commands always succeeds");
     if (record.TypeCode() == kFanConfigType) CheckFan(record);
     const CommandContext context{.sensor = false, .arguments = Arguments(record)};
@@ -127,16 +120,16 @@ class Checker {
   }
 
   void CheckFan(const RecordView& record) {
-    if (record.Value() == kIdValue) return;
-    if (record.Value() > kLastFanMode) Warn(record.offset + 2, "fan modes are 0, 1 and 2");
-    if (record.NameText().find("Mode") == std::string::npos)
-      Warn(record.offset + sim::kRecordNameOffset, "the name of a fan entry holds the word Mode");
+    if (record.Value() == iadt::kIdValue) return;
+    if (record.Value() >= kFanModes) Warn(record.offset + 2, "fan modes are 0, 1 and 2");
+    if (record.NameText().find(kFanModeWord) == std::string::npos)
+      Warn(record.offset + iadt::kName, "the name of a fan entry holds the word Mode");
   }
 
   /// Slots that the library offers when it runs this entry.
   static unsigned Arguments(const RecordView& record) {
-    if (record.TypeCode() == kFanConfigType && record.Value() != kIdValue) return 1 + DistinctArguments(record);
-    return record.Value() == kIdValue ? 2 : 1;
+    if (record.TypeCode() == kFanConfigType && record.Value() != iadt::kIdValue) return 1 + DistinctArguments(record);
+    return record.Value() == iadt::kIdValue ? 2 : 1;
   }
 
   static unsigned DistinctArguments(const RecordView& record) {
@@ -156,11 +149,11 @@ class Checker {
       if (record.TypeCode() != kWatchdogType) continue;
       if (values.empty()) first = record.offset;
       values.insert(record.Value());
-      if (record.Value() == 0 || (record.Value() > kLastWatchdogOperation && record.Value() != kIdValue))
+      if (record.Value() == 0 || (record.Value() > kWatchdogCountMode1 && record.Value() != iadt::kIdValue))
         Warn(record.offset + 2, "watchdog operations are 1 to 7, and 240");
     }
     if (values.empty()) return;
-    for (uint8_t needed = 1; needed <= kLastWatchdogOperation - 2; ++needed)
+    for (uint8_t needed = 1; needed <= kWatchdogStop; ++needed)
       if (!values.contains(needed)) Warn(first, fmt::format("the watchdog has no entry for operation {}", needed));
   }
 
@@ -174,26 +167,26 @@ class Checker {
       if (found++) Warn(record.offset, "a second board information record: the last one counts");
       CheckChips(record);
     }
-    CheckEnd(walk.end, "record", 1, sim::kBoardInfoLengthOffset + 1);
-    if (found == 0) Error(sim::kAcpiHeaderBytes, "no board information record (type 0)");
+    CheckEnd(walk.end, "record", 1, iamt::kLength + 1);
+    if (found == 0) Error(acpi::kHeaderBytes, "no board information record (type 0)");
   }
 
   void CheckChips(const BoardRecordView& record) {
-    if (record.bytes.size() < sim::kBoardInfoBytes)
-      Warn(record.offset + kRecordLengthOffset, "shorter than 55 bytes: what follows is taken as part of it");
-    for (size_t place = sim::kBoardInfoChipsOffset; place < sim::kBoardInfoChipsOffset + 6; place += 2) {
+    if (record.bytes.size() < iamt::kBoardRecordBytes)
+      Warn(record.offset + iadt::kLength, "shorter than 55 bytes: what follows is taken as part of it");
+    for (const size_t place : iamt::kChipIds) {
       const auto chip = static_cast<uint16_t>(Load(record.bytes, place, 2));
-      if (chip != 0 && std::ranges::count(kKnownChips, chip) == 0)
+      if (chip != 0 && !FindIoChip(chip))
         Warn(record.offset + place, fmt::format("the library knows no chip {:#06x}", chip));
     }
   }
 
   void CheckBiosInfo() {
-    if (bytes_.size() != sim::kBiosInfoBytes)
+    if (bytes_.size() != bios::kRecordBytes)
       return Error(0, fmt::format("{} bytes where a BIOS information record has 64", bytes_.size()));
     if (SumOf(bytes_) != 0) Error(0, "the bytes do not sum to 0 modulo 256");
-    if (std::ranges::count(bytes_.subspan(sim::kBiosModelOffset), uint8_t{0}) == 0)
-      Error(sim::kBiosModelOffset, "the model name has no terminator");
+    if (std::ranges::count(bytes_.subspan(bios::kModel), uint8_t{0}) == 0)
+      Error(bios::kModel, "the model name has no terminator");
   }
 
   const Image& image_;

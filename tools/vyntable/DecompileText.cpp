@@ -17,7 +17,7 @@ sim::Firmware CompileText(const std::string& text) { return sim::ParseBoard(text
 /// The records that the text stands for.
 Bytes RecordBytes(const std::string& text) {
   const Bytes iadt = CompileText(text).iadt;
-  return iadt.size() < sim::kAcpiHeaderBytes ? Bytes{} : Bytes(iadt.begin() + sim::kAcpiHeaderBytes, iadt.end());
+  return iadt.size() < acpi::kHeaderBytes ? Bytes{} : Bytes(iadt.begin() + acpi::kHeaderBytes, iadt.end());
 }
 
 bool Same(View a, View b) { return std::ranges::equal(a, b); }
@@ -104,8 +104,7 @@ std::string CommandText(const CommandView& c) {
   if (!c.layout) return raw;
   const std::string fields = fmt::format("{{ {} }}", FieldsText(c));
   const Bytes record = RecordBytes("[[feature]]\ntype = 1\ncommands = [" + fields + "]\n");
-  const bool same =
-      record.size() > sim::kRecordHeaderBytes && Same(View(record).subspan(sim::kRecordHeaderBytes), c.bytes);
+  const bool same = record.size() > iadt::kBody && Same(View(record).subspan(iadt::kBody), c.bytes);
   return same ? fields : raw;
 }
 
@@ -137,7 +136,7 @@ std::string FeatureText(const RecordView& record) {
 std::string SensorText(const RecordView& record) {
   std::string text = fmt::format("[[sensor]]\nquantity = \"{}\"\nkind = {}\n", record.type->name, record.type->subType);
   text += IndexLine(record) + NameLine(record);
-  for (const sim::SensorParameter& parameter : record.type->parameters)
+  for (const RecordParameter& parameter : record.type->parameters)
     if (const uint64_t value = Load(record.bytes, parameter.offset, 1))
       text += fmt::format("{} = {}\n", parameter.name, value);
   std::vector<CommandView> commands = SensorCommands(record);
@@ -167,9 +166,9 @@ std::string HeaderFields(const Image& image) {
   text += fmt::format("oem_revision = {:#x}\n", Load(table, 24, 4));
   text += TextLine("creator_id", table.subspan(28, 4));
   text += fmt::format("creator_revision = {:#x}\n", Load(table, 32, 4));
-  const uint64_t length = Load(table, sim::kAcpiLengthOffset, 4);
+  const uint64_t length = Load(table, acpi::kLengthOffset, 4);
   if (length != table.size()) text += fmt::format("length = {}\n", length);
-  if (SumOf(table) != 0) text += fmt::format("checksum = {:#04x}\n", table[sim::kAcpiChecksumOffset]);
+  if (SumOf(table) != 0) text += fmt::format("checksum = {:#04x}\n", table[acpi::kChecksumOffset]);
   return text;
 }
 
@@ -181,22 +180,21 @@ std::string HeaderText(const Image& image, std::string_view section, const std::
   const bool plain = IsPlainText(Trimmed(table.subspan(10, 6))) && IsPlainText(Trimmed(table.subspan(16, 8))) &&
                      IsPlainText(Trimmed(table.subspan(28, 4)));
   if (plain && Same(CompileText(fields + records).*bytes, table)) return fields;
-  return fmt::format("[{}]\nheader_bytes = \"{}\"\n", section, Hex(table.first(sim::kAcpiHeaderBytes)));
+  return fmt::format("[{}]\nheader_bytes = \"{}\"\n", section, Hex(table.first(acpi::kHeaderBytes)));
 }
 
 void CheckSize(const Image& image) {
-  if (image.bytes.size() < sim::kAcpiHeaderBytes)
+  if (image.bytes.size() < acpi::kHeaderBytes)
     throw BadInput(image.name + ": shorter than the 36 bytes of a table header");
 }
 
 std::string BoardRecordText(View record) {
   std::string text = fmt::format("[[iamt.record]]\ntype = {}\nsize = {}\n", record[0], record.size());
-  const auto chip = [&](size_t i) { return Load(record, sim::kBoardInfoChipsOffset + 2 * i, 2); };
-  if (record.size() >= sim::kBoardInfoChipsOffset + 6)
+  const auto chip = [&](size_t i) { return Load(record, iamt::kChipIds[i], 2); };
+  if (record.size() >= iamt::kChipIdsEnd)
     text += fmt::format("chips = [{:#06x}, {:#06x}, {:#06x}]\n", chip(0), chip(1), chip(2));
   const Bytes compiled = CompileText("[iamt]\n" + text).iamt;
-  if (compiled.size() > sim::kAcpiHeaderBytes && Same(View(compiled).subspan(sim::kAcpiHeaderBytes), record))
-    return text;
+  if (compiled.size() > acpi::kHeaderBytes && Same(View(compiled).subspan(acpi::kHeaderBytes), record)) return text;
   return fmt::format("[[iamt.record]]\nraw = \"{}\"\n", Hex(record));
 }
 
@@ -225,7 +223,7 @@ std::string IamtText(const Image& iamt) {
 
 std::string BiosInfoText(const Image& biosInfo) {
   const View record(biosInfo.bytes);
-  const View model = Trimmed(record.size() == sim::kBiosInfoBytes ? record.subspan(sim::kBiosModelOffset) : View{});
+  const View model = Trimmed(record.size() == bios::kRecordBytes ? record.subspan(bios::kModel) : View{});
   if (!model.empty() && IsPlainText(model)) {
     const std::string text = fmt::format("[bios]\nmodel = {}\nunused = {:#x}\n", Quoted(model), Load(record, 8, 1));
     if (Same(CompileText(text).biosInfo, record)) return text;

@@ -10,6 +10,8 @@
 #include "vyntable/Words.h"
 
 namespace vyntable {
+
+using namespace layout;
 namespace {
 
 struct Options {
@@ -63,13 +65,12 @@ const fmt::text_style kTitle = fmt::emphasis::bold;
 
 void ExplainHeader(const Image& image, const Printer& out) {
   const View table(image.bytes);
-  if (table.size() < sim::kAcpiHeaderBytes)
-    throw BadInput(image.name + ": shorter than the 36 bytes of a table header");
+  if (table.size() < acpi::kHeaderBytes) throw BadInput(image.name + ": shorter than the 36 bytes of a table header");
   const std::string signature(table.begin(), table.begin() + 4);
   out.Line(kTitle, fmt::format("{}: {} table, {} bytes", image.name, signature, table.size()));
-  out.Block(0, table.first(sim::kAcpiHeaderBytes),
-            {fmt::format("length {}, revision {}", Load(table, sim::kAcpiLengthOffset, 4), table[8]),
-             fmt::format("checksum {:#04x}, {}", table[sim::kAcpiChecksumOffset], SumOf(table) ? "wrong" : "right")});
+  out.Block(0, table.first(acpi::kHeaderBytes),
+            {fmt::format("length {}, revision {}", Load(table, acpi::kLengthOffset, 4), table[8]),
+             fmt::format("checksum {:#04x}, {}", table[acpi::kChecksumOffset], SumOf(table) ? "wrong" : "right")});
 }
 
 std::string RecordWords(const RecordView& record) {
@@ -78,7 +79,7 @@ std::string RecordWords(const RecordView& record) {
 }
 
 void ExplainParameters(const RecordView& record, const Printer& out) {
-  for (const sim::SensorParameter& parameter : record.type->parameters)
+  for (const RecordParameter& parameter : record.type->parameters)
     if (parameter.offset < record.bytes.size())
       out.Block(record.offset + parameter.offset, record.bytes.subspan(parameter.offset, 1),
                 {fmt::format("{} {}", parameter.name, record.bytes[parameter.offset])});
@@ -87,7 +88,7 @@ void ExplainParameters(const RecordView& record, const Printer& out) {
 void ExplainRecord(const RecordView& record, const Printer& out) {
   const bool sensor = record.type && record.type->IsSensor();
   out.Line(kTitle, "\n" + RecordWords(record));
-  out.Block(record.offset, record.bytes.first(sim::kRecordHeaderBytes), {"record header"});
+  out.Block(record.offset, record.bytes.first(iadt::kBody), {"record header"});
   if (sensor) ExplainParameters(record, out);
   for (const CommandView& command : sensor ? SensorCommands(record) : WalkCommands(record))
     out.Block(command.offset, command.bytes, Wrapped(Words(command)));
@@ -114,8 +115,7 @@ void ExplainIamt(const Image& image, const Printer& out) {
     std::vector<std::string> words;
     if (record.bytes[0] == 0)
       for (size_t i = 0; i < 3; ++i)
-        words.push_back(
-            fmt::format("chip {} {:#06x}", i + 1, Load(record.bytes, sim::kBoardInfoChipsOffset + 2 * i, 2)));
+        words.push_back(fmt::format("chip {} {:#06x}", i + 1, Load(record.bytes, iamt::kChipIds[i], 2)));
     out.Block(record.offset, record.bytes, words);
   }
   ExplainRest(walk.end, View(image.bytes).subspan(walk.end), out);
@@ -123,7 +123,7 @@ void ExplainIamt(const Image& image, const Printer& out) {
 
 void ExplainBiosInfo(const Image& image, const Printer& out) {
   const View record(image.bytes);
-  const View model = record.subspan(std::min(record.size(), sim::kBiosModelOffset));
+  const View model = record.subspan(std::min(record.size(), bios::kModel));
   const std::string name(model.begin(), std::find(model.begin(), model.end(), uint8_t{0}));
   out.Line(kTitle, fmt::format("{}: BIOS information record, {} bytes", image.name, record.size()));
   out.Block(0, record, {fmt::format("model \"{}\"", name), SumOf(record) ? "checksum wrong" : "checksum right"});

@@ -7,11 +7,7 @@
 namespace vyntable {
 
 using namespace layout;
-namespace {
-
-constexpr size_t kRecordLengthOffset = 3;
-
-}  // namespace
+namespace {}  // namespace
 
 uint64_t Load(View bytes, size_t offset, size_t size) {
   uint64_t value = 0;
@@ -45,18 +41,18 @@ std::string RecordView::Title() const {
 
 View Body(const Image& image) {
   const View all(image.bytes);
-  const size_t length = static_cast<size_t>(Load(all, sim::kAcpiLengthOffset, 4));
-  return all.first(std::clamp(length, std::min(all.size(), sim::kAcpiHeaderBytes), all.size()));
+  const size_t length = static_cast<size_t>(Load(all, acpi::kLengthOffset, 4));
+  return all.first(std::clamp(length, std::min(all.size(), acpi::kHeaderBytes), all.size()));
 }
 
 Records WalkRecords(const Image& iadt) {
   const View table = Body(iadt);
-  Records result{{}, std::min(sim::kAcpiHeaderBytes, table.size())};
-  while (table.size() - result.end >= sim::kRecordHeaderBytes) {
-    const size_t length = static_cast<size_t>(Load(table, result.end + kRecordLengthOffset, 4));
-    if (length < sim::kRecordHeaderBytes || length > table.size() - result.end) break;
+  Records result{{}, std::min(acpi::kHeaderBytes, table.size())};
+  while (table.size() - result.end >= iadt::kBody) {
+    const size_t length = static_cast<size_t>(Load(table, result.end + iadt::kLength, 4));
+    if (length < iadt::kBody || length > table.size() - result.end) break;
     const View bytes = table.subspan(result.end, length);
-    result.records.push_back({result.end, bytes, sim::FindRecordType(bytes[0], bytes[2])});
+    result.records.push_back({result.end, bytes, FindRecordType(bytes[0], bytes[2])});
     result.end += length;
   }
   return result;
@@ -64,7 +60,7 @@ Records WalkRecords(const Image& iadt) {
 
 std::vector<CommandView> WalkCommands(const RecordView& record) {
   std::vector<CommandView> commands;
-  size_t offset = sim::kRecordHeaderBytes;
+  size_t offset = iadt::kBody;
   while (offset < record.bytes.size()) {
     const View rest = record.bytes.subspan(offset);
     const CommandLayout* layout = FindLayout(rest[0]);
@@ -80,7 +76,7 @@ std::vector<CommandView> WalkCommands(const RecordView& record) {
 
 std::vector<CommandView> SensorCommands(const RecordView& record) {
   std::vector<CommandView> commands;
-  for (const sim::CommandPlace& place : record.type->places) {
+  for (const CommandPlace& place : record.type->places) {
     if (size_t{place.offset} + place.bytes > record.bytes.size()) break;
     const View bytes = record.bytes.subspan(place.offset, place.bytes);
     const CommandLayout* layout = FindLayout(bytes[0]);
@@ -93,10 +89,10 @@ std::vector<CommandView> SensorCommands(const RecordView& record) {
 
 BoardRecords WalkBoardRecords(const Image& iamt) {
   const View table = Body(iamt);
-  BoardRecords result{{}, std::min(sim::kAcpiHeaderBytes, table.size())};
-  while (table.size() - result.end > sim::kBoardInfoLengthOffset) {
-    const size_t length = table[result.end + sim::kBoardInfoLengthOffset];
-    if (length <= sim::kBoardInfoLengthOffset || length > table.size() - result.end) break;
+  BoardRecords result{{}, std::min(acpi::kHeaderBytes, table.size())};
+  while (table.size() - result.end > iamt::kLength) {
+    const size_t length = table[result.end + iamt::kLength];
+    if (length <= iamt::kLength || length > table.size() - result.end) break;
     result.records.push_back({result.end, table.subspan(result.end, length)});
     result.end += length;
   }

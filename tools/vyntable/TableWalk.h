@@ -5,7 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "sim/RecordTypes.h"
+#include "layout/AcpiLayout.h"
+#include "layout/BiosRecord.h"
+#include "layout/BoardRecord.h"
+#include "layout/RecordLayout.h"
 #include "vyntable/Files.h"
 
 namespace vyntable {
@@ -27,12 +30,12 @@ struct CommandView {
 struct RecordView {
   size_t offset;
   View bytes;
-  const sim::RecordType* type;  ///< null when the library passes the record over
+  const layout::RecordType* type;  ///< null when the library passes the record over
 
   uint8_t TypeCode() const { return bytes[0]; }
   uint8_t Index() const { return bytes[1]; }
   uint8_t Value() const { return bytes[2]; }
-  View Name() const { return bytes.subspan(sim::kRecordNameOffset, sim::kRecordNameBytes); }
+  View Name() const { return bytes.subspan(layout::iadt::kName, layout::iadt::kNameBytes); }
   std::string NameText() const;  ///< up to the terminator
   bool NameTerminated() const;
   /// "LVDSState index 0 value 1" or "voltage 2.1 \"+12V\"".

@@ -23,7 +23,7 @@ TEST(FeatureTable, NamesNoFunctionTwice) {
 }
 
 TEST(FeatureTable, ReadsOnlyListsOfOrdinaryEntries) {
-  for (const api::FeatureRow& row : api::kFeatures) EXPECT_EQ(iadt::kKeptBytes[row.list], 0) << row.name;
+  for (const api::FeatureRow& row : api::kFeatures) EXPECT_EQ(IadtEntry::kKeptBytes[row.list], 0) << row.name;
 }
 
 TEST(FeatureTable, GivesAGetAndASetOfOneFeatureTheSameListAndFamily) {

@@ -4,8 +4,10 @@
 #include <map>
 #include <set>
 
+#include "layout/RecordLayout.h"
 #include "sim/BoardFile.h"
-#include "sim/RecordTypes.h"
+
+using namespace layout;
 
 namespace {
 
@@ -31,7 +33,7 @@ TEST_F(ReferenceBoard, Loads) {
 
 TEST_F(ReferenceBoard, HasSeveralStatesOfEveryFeatureThatAFunctionReads) {
   constexpr uint8_t kWithoutReader[] = {9, 11, 12, 18};
-  for (const sim::RecordType& type : sim::RecordTypes()) {
+  for (const RecordType& type : layout::kRecordTypes) {
     if (type.IsSensor() || std::ranges::count(kWithoutReader, type.type) != 0) continue;
     EXPECT_GE(values[type.type].size(), 2u) << type.name;
   }
@@ -40,7 +42,7 @@ TEST_F(ReferenceBoard, HasSeveralStatesOfEveryFeatureThatAFunctionReads) {
 TEST_F(ReferenceBoard, HasSeveralInstancesOfEveryIndexedFeature) {
   for (const char* name :
        {"ComType", "DigitalIOState", "DioConfig", "UserLEDColor", "COMPowerState", "DbgLedColor", "MBVersionState"})
-    EXPECT_GE(indices[sim::FindFeature(name)->type].size(), 2u) << name;
+    EXPECT_GE(indices[FindFeature(name)->type].size(), 2u) << name;
 }
 
 TEST_F(ReferenceBoard, HasSensorsOfEveryRecordType) {
