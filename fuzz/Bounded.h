@@ -11,11 +11,11 @@ inline void FitForms(const TIADTable& table) {
   for (unsigned list = 1; list < TIADTable::kSlots; ++list) {
     if (IadtEntry::kKeptBytes[list] != 0) continue;
     for (const IadtEntry entry : table.List(list)) {
-      for (api::CommandCursor cursor(entry); !cursor.AtEnd() && cursor.Fits();) {
+      for (IadtCommands cursor = entry.Commands(); !cursor.AtEnd() && cursor.Fits();) {
         unsigned char* opcode = cursor.Command();
         const auto step = cursor.Advance();
-        if (step == api::CommandCursor::Step::kImpossible) break;
-        if (step == api::CommandCursor::Step::kStays)
+        if (step == IadtCommands::Step::kImpossible) break;
+        if (step == IadtCommands::Step::kStays)
           *opcode = static_cast<unsigned char>((*opcode & ~unsigned{layout::kFormMask}) | layout::kFormDirect);
       }
     }

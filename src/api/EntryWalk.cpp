@@ -23,26 +23,14 @@ constexpr size_t kLongestCommand = [] {
 
 }  // namespace
 
-bool CommandCursor::StepsByKind(uint8_t opcode) {
-  const CommandLayout* kind = FindKind(opcode);
-  return kind != nullptr && kind->steps;
-}
-
-/// A command whose form does not fit its kind needs the bytes of the shortest of the kind, so that padding behind a
-/// block (zeros are such a command) ends the call and is not repeated for ever. One that cannot be stepped over for its
-/// kind needs only its opcode and control word.
-int64_t CommandCursor::ReachWithoutLayout(uint8_t opcode) {
-  return StepsByKind(opcode) ? int64_t{FindKind(opcode)->length} : int64_t{kCommandPrefixBytes};
-}
-
 Ran RunEntry(IadtEntry entry, Direction direction, Slots slots) {
   assert(slots.size() <= std::numeric_limits<uint8_t>::max());
-  CommandCursor cursor(entry);
+  IadtCommands cursor = entry.Commands();
   while (!cursor.AtEnd()) {
     if (!cursor.Fits()) return Ran::kUnknownKind;
     if (RunCommand(*IAxTCommon, cursor.Command(), direction, slots.data(), static_cast<uint8_t>(slots.size())) == 0)
       return Ran::kFailed;
-    if (cursor.Advance() == CommandCursor::Step::kImpossible) return Ran::kUnknownKind;
+    if (cursor.Advance() == IadtCommands::Step::kImpossible) return Ran::kUnknownKind;
   }
   return Ran::kDone;
 }

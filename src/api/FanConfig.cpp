@@ -52,11 +52,11 @@ bool IsEntryOf(IadtEntry entry, std::string_view fan) {
 /// Empty when a command cannot be stepped over.
 std::optional<uint8_t> CountArguments(IadtEntry entry) {
   std::bitset<256> named;
-  for (CommandCursor cursor(entry); !cursor.AtEnd();) {
+  for (IadtCommands cursor = entry.Commands(); !cursor.AtEnd();) {
     if (!cursor.Fits() || cursor.Layout() == nullptr) return {};
     const CommandLayout& layout = *cursor.Layout();
     const uint32_t argument = Load32(cursor.Command() + layout.argument.offset);
-    if (cursor.Advance() != CommandCursor::Step::kMoved) return {};
+    if (cursor.Advance() != IadtCommands::Step::kMoved) return {};
     if (layout.kind != kCommandDelay && argument != kNoArgument) named.set(argument & 0xFF);
   }
   return static_cast<uint8_t>(1 + named.count());

@@ -57,7 +57,7 @@ void TAcpiBase::BuildAPIC(unsigned char* table) {
 
 void TAcpiBase::BuildECDT(unsigned char* table) {
   using namespace acpi::ecdt;
-  Config->EcPorts = uint32_t{Load16(table + kDataPort)} << 16 | Load16(table + kCommandPort);
+  Config->EcPorts = uint32_t{Load16(table + kDataPort)} << 16 | Load16(table + acpi::ecdt::kCommandPort);
   Config->EcControl = table[kControl];
 }
 

@@ -5,19 +5,20 @@
 #include <safe_mem_lib.h>
 
 #include "layout/AcpiLayout.h"
+#include "layout/Walk.h"
 
 using namespace layout;
 
 namespace {
 
 constexpr uint64_t kMostBytesKept = 64u << 20;
+
 void StorePointer(unsigned char* to, unsigned char* pointer) { std::memcpy(to, &pointer, sizeof pointer); }
 
-/// A fresh zeroed buffer of `size` bytes that starts with up to `count` bytes from `source`, as far as they exist.
-unsigned char* NewCopy(size_t size, const unsigned char* source, int64_t count, int64_t available) {
+/// A fresh zeroed buffer of `size` bytes that starts with the given ones, which are no more.
+unsigned char* NewCopy(size_t size, View bytes) {
   auto* buffer = new unsigned char[size]();
-  const int64_t copied = std::min({count, available, static_cast<int64_t>(size)});
-  if (copied > 0) memcpy_s(buffer, size, source, static_cast<size_t>(copied));
+  if (!bytes.empty()) memcpy_s(buffer, size, bytes.data(), bytes.size());
   return buffer;
 }
 
@@ -55,23 +56,16 @@ void TIADTable::FreeList(unsigned list) {
 
 void TIADTable::Fill(const unsigned char* table, uint32_t length) {
   memcpy_s(Slots[0], acpi::kHeaderBytes, table, acpi::kHeaderBytes);
-  const unsigned char* record = table + iadt::kRecords;
-  int64_t remaining = int64_t{length} - static_cast<int64_t>(iadt::kRecords);
-  while (remaining >= static_cast<int64_t>(iadt::kLengthEnd)) {
-    const uint32_t recordLength = Load32(record + iadt::kLength);
-    if (recordLength == 0 || recordLength > remaining) return;
-    if (!File(record, recordLength, remaining)) return;
-    remaining -= recordLength;
-    record += recordLength;
-  }
+  for (RecordCursor cursor({table, length}); cursor.Valid(); cursor.Next())
+    if (!File(cursor.Current())) return;
 }
 
 /// Appends the record to its list; false when the lists are full.
-bool TIADTable::File(const unsigned char* record, uint32_t recordLength, int64_t available) {
-  const RecordType* type = FindRecordType(record[iadt::kType], record[iadt::kValue]);
+bool TIADTable::File(const RecordView& record) {
+  const RecordType* type = record.Row();
   if (type == nullptr) return true;
   const unsigned list = type->list;
-  unsigned char* node = NewNode(list, record, recordLength, available);
+  unsigned char* node = NewNode(*type, record);
   if (node == nullptr) return false;
   if (tails_[list] == nullptr) {
     Slots[list] = node;
@@ -82,17 +76,14 @@ bool TIADTable::File(const unsigned char* record, uint32_t recordLength, int64_t
   return true;
 }
 
-unsigned char* TIADTable::NewNode(unsigned list, const unsigned char* record, uint32_t recordLength,
-                                  int64_t available) {
-  constexpr auto kHeaderBytes = static_cast<int64_t>(iadt::kBody);
-  const int64_t keptBytes = IadtEntry::kKeptBytes[list];
-  const size_t nodeBytes = IadtEntry::kLinkOffsets[list] + IadtEntry::kPointerBytes;
-  const uint64_t needed = nodeBytes + (keptBytes == 0 ? recordLength : 0);
+unsigned char* TIADTable::NewNode(const RecordType& type, const RecordView& record) {
+  const size_t nodeBytes = IadtEntry::kLinkOffsets[type.list] + IadtEntry::kPointerBytes;
+  const uint64_t needed = nodeBytes + (type.IsSensor() ? 0 : record.length);
   if (needed > budget_) return nullptr;
   budget_ -= needed;
-  if (keptBytes != 0) return NewCopy(nodeBytes, record, keptBytes, available);
-  unsigned char* node = NewCopy(nodeBytes, record, kHeaderBytes, available);
-  StorePointer(node + iadt::kBody,
-               NewCopy(recordLength, record + iadt::kBody, recordLength - kHeaderBytes, available - kHeaderBytes));
+  if (type.IsSensor()) return NewCopy(nodeBytes, record.Leading(type.keptBytes));
+  unsigned char* node = NewCopy(nodeBytes, record.Leading(iadt::kBody));
+  const View bytes = record.Bytes();
+  StorePointer(node + iadt::kBody, NewCopy(record.length, bytes.subspan(std::min(iadt::kBody, bytes.size()))));
   return node;
 }

@@ -8,6 +8,10 @@
 
 #include "layout/LittleEndian.h"
 #include "layout/RecordLayout.h"
+#include "layout/Walk.h"
+
+/// The walk over the commands of an ordinary entry.
+using IadtCommands = layout::CommandCursor<unsigned char>;
 
 /// One list entry, by the bytes of its node: the kept record bytes, then (ordinary nodes) a pointer to the copy of the
 /// body, then the link to the next node.
@@ -38,6 +42,7 @@ class IadtEntry {
   const char* Name() const { return reinterpret_cast<const char*>(node_ + layout::iadt::kName); }
   /// Of an ordinary node: Length() - 27 command bytes.
   unsigned char* Body() const { return LoadPointer(node_ + layout::iadt::kBody); }
+  IadtCommands Commands() const { return {Body(), int64_t{Length()} - static_cast<int64_t>(layout::iadt::kBody)}; }
   /// Of a sensor node: the record bytes and how many of them were kept.
   unsigned char* Record() const { return node_; }
   size_t KeptBytes() const { return kKeptBytes[list_]; }
@@ -108,8 +113,8 @@ class TIADTable {
   bool Has(unsigned number) const { return Slots[number] != nullptr; }
 
  private:
-  bool File(const unsigned char* record, uint32_t recordLength, int64_t available);
-  unsigned char* NewNode(unsigned list, const unsigned char* record, uint32_t recordLength, int64_t available);
+  bool File(const layout::RecordView& record);
+  unsigned char* NewNode(const layout::RecordType& type, const layout::RecordView& record);
   void FreeList(unsigned list);
 
   unsigned char* tails_[kSlots];

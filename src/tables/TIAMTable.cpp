@@ -1,6 +1,5 @@
 #include "tables/TIAMTable.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -8,6 +7,7 @@
 
 #include "layout/AcpiLayout.h"
 #include "layout/BoardRecord.h"
+#include "layout/Walk.h"
 
 using namespace layout;
 
@@ -33,26 +33,14 @@ TIAMTable::~TIAMTable() {
 
 void TIAMTable::Fill(const unsigned char* table, uint32_t length) {
   memcpy_s(Header, acpi::kHeaderBytes, table, acpi::kHeaderBytes);
-  const unsigned char* record = table + iamt::kRecords;
-  int64_t remaining = int64_t{length} - static_cast<int64_t>(iamt::kRecords);
-  while (remaining >= static_cast<int64_t>(iamt::kLengthEnd)) {
-    const uint8_t recordLength = record[iamt::kLength];
-    if (record[iamt::kType] == iamt::kBoardRecordType) {
-      if (BoardInfo == nullptr) {
-        std::puts("BuildIAMT Failed!! (IAMTBoardInfoTable is NULL)");
-        return;
-      }
-      KeepBoardRecord(record, remaining);
+  for (BoardRecordCursor cursor({table, length}); cursor.Valid(); cursor.Next()) {
+    const BoardRecordView record = cursor.Current();
+    if (!record.IsBoardRecord()) continue;
+    if (BoardInfo == nullptr) {
+      std::puts("BuildIAMT Failed!! (IAMTBoardInfoTable is NULL)");
+      return;
     }
-    if (recordLength == 0) return;
-    remaining -= recordLength;
-    record += recordLength;
+    std::memset(BoardInfo, 0, iamt::kBoardRecordBytes);
+    memcpy_s(BoardInfo, iamt::kBoardRecordBytes, record.Kept().data(), record.Kept().size());
   }
-}
-
-/// A shorter record takes the bytes of the table that follow it; beyond the table there are zeros.
-void TIAMTable::KeepBoardRecord(const unsigned char* record, int64_t available) {
-  const size_t kept = std::min<size_t>(iamt::kBoardRecordBytes, static_cast<size_t>(available));
-  std::memset(BoardInfo, 0, iamt::kBoardRecordBytes);
-  memcpy_s(BoardInfo, iamt::kBoardRecordBytes, record, kept);
 }

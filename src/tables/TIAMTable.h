@@ -20,10 +20,7 @@ class TIAMTable {
   TIAMTable(const TIAMTable&) = delete;
   TIAMTable& operator=(const TIAMTable&) = delete;
 
-  /// Keeps the header and the last board information record of a whole table. A record of length 0 or one that does
-  /// not fit its own header ends the walk.
+  /// Keeps the header and the last board information record of a whole table. The walk ends behind a
+  /// record of length 0 and where no record header fits.
   void Fill(const unsigned char* table, uint32_t length);
-
- private:
-  void KeepBoardRecord(const unsigned char* record, int64_t available);
 };

@@ -7,9 +7,13 @@
 
 #include <fmt/core.h>
 
+#include "layout/BiosRecord.h"
+#include "layout/Checksum.h"
 #include "layout/IoChips.h"
+#include "layout/Walk.h"
 #include "vyntable/CommandCheck.h"
 #include "vyntable/Commands.h"
+#include "vyntable/Words.h"
 
 namespace vyntable {
 
@@ -17,6 +21,8 @@ using namespace layout;
 namespace {
 
 constexpr uint8_t kWatchdogType = Feature("Watchdog").type, kFanConfigType = Feature("FanConfig").type;
+
+constexpr const char* kBeyond = "reaches beyond the table";
 
 class Checker {
  public:
@@ -54,87 +60,113 @@ class Checker {
     const uint64_t length = Load(bytes_, acpi::kLengthOffset, 4);
     if (length != bytes_.size())
       Error(acpi::kLengthOffset, fmt::format("the length field says {}, the file has {} bytes", length, bytes_.size()));
-    if (SumOf(bytes_) != 0) Error(acpi::kChecksumOffset, "the bytes do not sum to 0 modulo 256");
+    if (ByteSum(bytes_.data(), bytes_.size()) != 0)
+      Error(acpi::kChecksumOffset, "the bytes do not sum to 0 modulo 256");
     return true;
   }
 
-  /// What is left behind the last good record.
-  void CheckEnd(size_t end, const char* what, size_t fieldBytes, size_t least) {
-    const View rest = Body(image_).subspan(end);
+  /// What is left where a walk ended: `least` bytes make the head of a record.
+  void CheckEnd(size_t end, size_t fieldBytes, size_t least) {
+    const View rest = Covered(bytes_).subspan(end);
     if (rest.empty()) return;
     const uint64_t length = Load(rest, iadt::kLength, fieldBytes);
-    const char* why = length == 0 ? "is 0" : length < least ? "is shorter than its head" : "reaches beyond the table";
-    if (rest.size() < least) why = "is missing: too few bytes are left";
-    Error(end + iadt::kLength, fmt::format("the length of this {} ({}) {}; the walk ends here", what, length, why));
+    BadLength(end, length, rest.size() < least ? "is missing: too few bytes are left" : length == 0 ? "is 0" : kBeyond);
+  }
+  void BadLength(size_t record, uint64_t length, const char* why) {
+    Error(record + iadt::kLength, fmt::format("the length of this record ({}) {}; the walk ends here", length, why));
   }
 
   // --- function description table ---
 
   void CheckIadt() {
-    const Records walk = WalkRecords(image_);
-    for (const RecordView& record : walk.records) CheckRecord(record);
-    CheckEnd(walk.end, "record", 4, iadt::kBody);
-    CheckWatchdog(walk.records);
+    std::vector<RecordView> watchdog;
+    RecordCursor cursor(Covered(bytes_));
+    for (; cursor.Valid(); cursor.Next()) {
+      CheckRecord(cursor.Current());
+      if (cursor.Current().Type() == kWatchdogType) watchdog.push_back(cursor.Current());
+    }
+    CheckEnd(cursor.Offset(), 4, iadt::kLengthEnd);
+    CheckWatchdog(watchdog);
   }
 
   void CheckRecord(const RecordView& record) {
     const size_t before = findings_.size();
-    if (!record.type)
+    const RecordType* type = record.Row();
+    if (!type)
       Warn(record.offset, "the library passes this record over: unknown type or sensor kind");
-    else if (record.type->IsSensor())
-      CheckSensor(record);
+    else if (type->IsSensor())
+      CheckSensor(record, *type);
     else
-      CheckFeature(record);
-    for (size_t i = before; i < findings_.size(); ++i) findings_[i].text += " (" + record.Title() + ")";
+      CheckFeature(record, *type);
+    for (size_t i = before; i < findings_.size(); ++i) findings_[i].text += " (" + Title(record) + ")";
   }
 
   void CheckName(const RecordView& record, bool required) {
     const size_t place = record.offset + iadt::kName;
-    if (!record.NameTerminated()) Error(place, "the name has no terminator: it is reported as an empty name");
-    if (required && record.NameText().empty()) Error(place, "the record is found by name and has none");
+    if (std::ranges::count(record.Name(), uint8_t{0}) == 0)
+      Error(place, "the name has no terminator: it is reported as an empty name");
+    if (required && NameText(record).empty()) Error(place, "the record is found by name and has none");
   }
 
-  void CheckSensor(const RecordView& record) {
+  void CheckSensor(const RecordView& record, const RecordType& type) {
     CheckName(record, true);
-    if (record.bytes.size() < record.type->bytes)
+    if (record.length < type.bytes)
       Error(record.offset + iadt::kLength,
-            fmt::format("{} bytes where this sensor record has {}", record.bytes.size(), record.type->bytes));
-    if (record.bytes.size() > record.type->bytes)
-      Add(record.offset + record.type->bytes, Severity::kNote, "bytes beyond the sensor record are not kept");
-    if (!sensorNames_.emplace(record.type->name, record.NameText()).second)
+            fmt::format("{} bytes where this sensor record has {}", record.length, type.bytes));
+    if (LosesBytes(record, type))
+      Add(record.offset + type.keptBytes, Severity::kNote, "bytes beyond the sensor record are not kept");
+    if (!sensorNames_.emplace(type.name, NameText(record)).second)
       Warn(record.offset + iadt::kName, "a sensor of this quantity has the same name");
     for (const CommandView& command : SensorCommands(record))
-      if (std::ranges::any_of(command.bytes, [](uint8_t byte) { return byte != 0; }))
-        CheckCommand(command, {.sensor = true, .arguments = 1}, &findings_);
+      if (!IsZero(command.bytes)) CheckCommand(command, {.sensor = true, .arguments = 1}, &findings_);
   }
 
-  void CheckFeature(const RecordView& record) {
-    const bool named = record.TypeCode() == kWatchdogType || record.TypeCode() == kFanConfigType;
-    if (named) CheckName(record, record.TypeCode() == kFanConfigType || record.Value() == iadt::kIdValue);
-    if (!record.type->used) Add(record.offset, Severity::kNote, "no function reads records of this type");
-    if (record.bytes.size() == iadt::kBody && !(named && record.Value() == iadt::kIdValue))
+  static bool IsZero(View bytes) {
+    return std::ranges::all_of(bytes, [](uint8_t byte) { return byte == 0; });
+  }
+
+  /// Zeros up to the record's own length say nothing that would be lost.
+  static bool LosesBytes(const RecordView& record, const RecordType& type) {
+    if (record.length <= type.keptBytes) return false;
+    return record.length > type.bytes || !IsZero(record.Bytes().subspan(type.keptBytes));
+  }
+
+  void CheckFeature(const RecordView& record, const RecordType& type) {
+    const bool named = type.type == kWatchdogType || type.type == kFanConfigType;
+    if (named) CheckName(record, type.type == kFanConfigType || record.Value() == iadt::kIdValue);
+    if (!type.used) Add(record.offset, Severity::kNote, "no function reads records of this type");
+    if (record.length < iadt::kBody)
+      Error(
+          record.offset + iadt::kLength,
+          fmt::format("{} bytes, shorter than a record's head of {}: what follows is taken as part of it, and running "
+                      "it ends with code 21",
+                      record.length, iadt::kBody));
+    if (record.length == iadt::kBody && !(named && record.Value() == iadt::kIdValue))
       Warn(record.offset, "an entry without commands always succeeds");
-    if (record.TypeCode() == kFanConfigType) CheckFan(record);
+    if (type.type == kFanConfigType) CheckFan(record);
     const CommandContext context{.sensor = false, .arguments = Arguments(record)};
-    for (const CommandView& command : WalkCommands(record)) CheckCommand(command, context, &findings_);
+    for (const CommandView& command : Commands(record)) {
+      CheckCommand(command, context, &findings_);
+      if (command.layout && !command.layout->steps) break;  // nothing behind it is run
+    }
   }
 
   void CheckFan(const RecordView& record) {
     if (record.Value() == iadt::kIdValue) return;
     if (record.Value() >= kFanModes) Warn(record.offset + 2, "fan modes are 0, 1 and 2");
-    if (record.NameText().find(kFanModeWord) == std::string::npos)
+    if (NameText(record).find(kFanModeWord) == std::string::npos)
       Warn(record.offset + iadt::kName, "the name of a fan entry holds the word Mode");
   }
 
   /// Slots that the library offers when it runs this entry.
   static unsigned Arguments(const RecordView& record) {
-    if (record.TypeCode() == kFanConfigType && record.Value() != iadt::kIdValue) return 1 + DistinctArguments(record);
+    if (record.Type() == kFanConfigType && record.Value() != iadt::kIdValue) return 1 + DistinctArguments(record);
     return record.Value() == iadt::kIdValue ? 2 : 1;
   }
 
   static unsigned DistinctArguments(const RecordView& record) {
     std::set<uint8_t> distinct;
-    for (const CommandView& command : WalkCommands(record)) {
+    for (const CommandView& command : Commands(record)) {
       if (!command.layout || command.layout->kind == kCommandDelay) continue;
       const uint64_t index = command.Field(command.layout->argument);
       if (index != kNoArgument) distinct.insert(static_cast<uint8_t>(index));
@@ -146,7 +178,6 @@ class Checker {
     std::set<uint8_t> values;
     size_t first = 0;
     for (const RecordView& record : records) {
-      if (record.TypeCode() != kWatchdogType) continue;
       if (values.empty()) first = record.offset;
       values.insert(record.Value());
       if (record.Value() == 0 || (record.Value() > kWatchdogCountMode1 && record.Value() != iadt::kIdValue))
@@ -160,22 +191,24 @@ class Checker {
   // --- board information table ---
 
   void CheckIamt() {
-    const BoardRecords walk = WalkBoardRecords(image_);
     size_t found = 0;
-    for (const BoardRecordView& record : walk.records) {
-      if (record.bytes[0] != 0) continue;
+    BoardRecordCursor cursor(Covered(bytes_));
+    for (; cursor.Valid(); cursor.Next()) {
+      const BoardRecordView record = cursor.Current();
+      if (record.length > record.rest.size()) BadLength(record.offset, record.length, kBeyond);
+      if (!record.IsBoardRecord()) continue;
       if (found++) Warn(record.offset, "a second board information record: the last one counts");
-      CheckChips(record);
+      CheckBoardRecord(record);
     }
-    CheckEnd(walk.end, "record", 1, iamt::kLength + 1);
+    CheckEnd(cursor.Offset(), 1, iamt::kLengthEnd);
     if (found == 0) Error(acpi::kHeaderBytes, "no board information record (type 0)");
   }
 
-  void CheckChips(const BoardRecordView& record) {
-    if (record.bytes.size() < iamt::kBoardRecordBytes)
-      Warn(record.offset + iadt::kLength, "shorter than 55 bytes: what follows is taken as part of it");
+  void CheckBoardRecord(const BoardRecordView& record) {
+    if (record.length < iamt::kBoardRecordBytes)
+      Warn(record.offset + iamt::kLength, "shorter than 55 bytes: what follows is taken as part of it");
     for (const size_t place : iamt::kChipIds) {
-      const auto chip = static_cast<uint16_t>(Load(record.bytes, place, 2));
+      const auto chip = static_cast<uint16_t>(Load(record.Kept(), place, 2));
       if (chip != 0 && !FindIoChip(chip))
         Warn(record.offset + place, fmt::format("the library knows no chip {:#06x}", chip));
     }
@@ -184,7 +217,7 @@ class Checker {
   void CheckBiosInfo() {
     if (bytes_.size() != bios::kRecordBytes)
       return Error(0, fmt::format("{} bytes where a BIOS information record has 64", bytes_.size()));
-    if (SumOf(bytes_) != 0) Error(0, "the bytes do not sum to 0 modulo 256");
+    if (ByteSum(bytes_.data(), bytes_.size()) != 0) Error(0, "the bytes do not sum to 0 modulo 256");
     if (std::ranges::count(bytes_.subspan(bios::kModel), uint8_t{0}) == 0)
       Error(bios::kModel, "the model name has no terminator");
   }

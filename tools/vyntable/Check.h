@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "vyntable/TableWalk.h"
+#include "vyntable/Files.h"
 
 namespace vyntable {
 

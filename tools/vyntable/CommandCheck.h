@@ -1,6 +1,7 @@
 /// Checks of single access commands.
 #pragma once
 
+#include "layout/Walk.h"
 #include "vyntable/Check.h"
 
 namespace vyntable {
@@ -11,6 +12,6 @@ struct CommandContext {
   unsigned arguments;  ///< slots that the caller offers
 };
 
-void CheckCommand(const CommandView& command, const CommandContext& context, std::vector<Finding>* findings);
+void CheckCommand(const layout::CommandView& command, const CommandContext& context, std::vector<Finding>* findings);
 
 }  // namespace vyntable

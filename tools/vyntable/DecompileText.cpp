@@ -4,6 +4,9 @@
 
 #include <fmt/format.h>
 
+#include "layout/BiosRecord.h"
+#include "layout/Checksum.h"
+#include "layout/Walk.h"
 #include "sim/BoardFile.h"
 #include "vyntable/Words.h"
 
@@ -127,48 +130,55 @@ std::string IndexLine(const RecordView& record) {
 }
 
 std::string FeatureText(const RecordView& record) {
-  const std::string type = record.type ? fmt::format("function = \"{}\"\n", record.type->name)
-                                       : fmt::format("type = {}\n", record.TypeCode());
+  const RecordType* row = record.Row();
+  const std::string type =
+      row ? fmt::format("function = \"{}\"\n", row->name) : fmt::format("type = {}\n", record.Type());
   return "[[feature]]\n" + type + IndexLine(record) + fmt::format("value = {}\n", record.Value()) + NameLine(record) +
-         CommandsText(WalkCommands(record));
+         CommandsText(Commands(record));
 }
 
-std::string SensorText(const RecordView& record) {
-  std::string text = fmt::format("[[sensor]]\nquantity = \"{}\"\nkind = {}\n", record.type->name, record.type->subType);
+std::string SensorText(const RecordView& record, const RecordType& type) {
+  const View bytes = record.Bytes();
+  std::string text = fmt::format("[[sensor]]\nquantity = \"{}\"\nkind = {}\n", type.name, type.subType);
   text += IndexLine(record) + NameLine(record);
-  for (const RecordParameter& parameter : record.type->parameters)
-    if (const uint64_t value = Load(record.bytes, parameter.offset, 1))
+  for (const RecordParameter& parameter : type.parameters)
+    if (const uint64_t value = Load(bytes, parameter.offset, parameter.bytes))
       text += fmt::format("{} = {}\n", parameter.name, value);
   std::vector<CommandView> commands = SensorCommands(record);
   while (!commands.empty() && Trimmed(commands.back().bytes).empty()) commands.pop_back();
   text += CommandsText(commands);
-  if (record.bytes.size() > record.type->bytes)
-    text += fmt::format("extra = \"{}\"\n", Hex(record.bytes.subspan(record.type->bytes)));
+  if (bytes.size() > type.bytes) text += fmt::format("extra = \"{}\"\n", Hex(bytes.subspan(type.bytes)));
   return text;
 }
 
 std::string RawText(View bytes) { return fmt::format("[[record]]\nraw = \"{}\"\n", Hex(bytes)); }
 
 std::string RecordText(const RecordView& record) {
-  const std::string text = record.type && record.type->IsSensor() ? SensorText(record) : FeatureText(record);
-  return Same(RecordBytes(text), record.bytes) ? text : RawText(record.bytes);
+  const RecordType* type = record.Row();
+  const std::string text = type && type->IsSensor() ? SensorText(record, *type) : FeatureText(record);
+  return Same(RecordBytes(text), record.Bytes()) ? text : RawText(record.Bytes());
 }
 
 // --- tables ---
 
 std::string TextLine(std::string_view key, View field) { return fmt::format("{} = {}\n", key, Quoted(Trimmed(field))); }
 
+View OemId(View table) { return table.subspan(acpi::kOemId, acpi::kOemIdBytes); }
+View OemTableId(View table) { return table.subspan(acpi::kOemTableId, acpi::kOemTableIdBytes); }
+View CreatorId(View table) { return table.subspan(acpi::kCreatorId, acpi::kCreatorIdBytes); }
+
 /// Header fields of the table, `length` and `checksum` only where they are not the right ones.
 std::string HeaderFields(const Image& image) {
   const View table(image.bytes);
-  std::string text = fmt::format("revision = {}\n", table[8]);
-  text += TextLine("oem_id", table.subspan(10, 6)) + TextLine("oem_table_id", table.subspan(16, 8));
-  text += fmt::format("oem_revision = {:#x}\n", Load(table, 24, 4));
-  text += TextLine("creator_id", table.subspan(28, 4));
-  text += fmt::format("creator_revision = {:#x}\n", Load(table, 32, 4));
+  std::string text = fmt::format("revision = {}\n", table[acpi::kRevisionOffset]);
+  text += TextLine("oem_id", OemId(table)) + TextLine("oem_table_id", OemTableId(table));
+  text += fmt::format("oem_revision = {:#x}\n", Load(table, acpi::kOemRevision, 4));
+  text += TextLine("creator_id", CreatorId(table));
+  text += fmt::format("creator_revision = {:#x}\n", Load(table, acpi::kCreatorRevision, 4));
   const uint64_t length = Load(table, acpi::kLengthOffset, 4);
   if (length != table.size()) text += fmt::format("length = {}\n", length);
-  if (SumOf(table) != 0) text += fmt::format("checksum = {:#04x}\n", table[acpi::kChecksumOffset]);
+  if (ByteSum(table.data(), table.size()) != 0)
+    text += fmt::format("checksum = {:#04x}\n", table[acpi::kChecksumOffset]);
   return text;
 }
 
@@ -177,8 +187,8 @@ std::string HeaderText(const Image& image, std::string_view section, const std::
                        Bytes sim::Firmware::*bytes) {
   const View table(image.bytes);
   const std::string fields = fmt::format("[{}]\n", section) + HeaderFields(image);
-  const bool plain = IsPlainText(Trimmed(table.subspan(10, 6))) && IsPlainText(Trimmed(table.subspan(16, 8))) &&
-                     IsPlainText(Trimmed(table.subspan(28, 4)));
+  const bool plain = IsPlainText(Trimmed(OemId(table))) && IsPlainText(Trimmed(OemTableId(table))) &&
+                     IsPlainText(Trimmed(CreatorId(table)));
   if (plain && Same(CompileText(fields + records).*bytes, table)) return fields;
   return fmt::format("[{}]\nheader_bytes = \"{}\"\n", section, Hex(table.first(acpi::kHeaderBytes)));
 }
@@ -189,7 +199,9 @@ void CheckSize(const Image& image) {
 }
 
 std::string BoardRecordText(View record) {
-  std::string text = fmt::format("[[iamt.record]]\ntype = {}\nsize = {}\n", record[0], record.size());
+  std::string text = fmt::format("[[iamt.record]]\ntype = {}\nsize = {}\n", record[iamt::kType], record.size());
+  if (const uint64_t length = Load(record, iamt::kLength, 1); length != record.size())
+    text += fmt::format("length = {}\n", length);
   const auto chip = [&](size_t i) { return Load(record, iamt::kChipIds[i], 2); };
   if (record.size() >= iamt::kChipIdsEnd)
     text += fmt::format("chips = [{:#06x}, {:#06x}, {:#06x}]\n", chip(0), chip(1), chip(2));
@@ -202,20 +214,21 @@ std::string BoardRecordText(View record) {
 
 std::string IadtText(const Image& iadt) {
   CheckSize(iadt);
-  const Records walk = WalkRecords(iadt);
   std::string records;
-  for (const RecordView& record : walk.records) records += "\n" + RecordText(record);
-  const View rest = View(iadt.bytes).subspan(walk.end);
+  RecordCursor cursor(Covered(iadt.bytes));
+  for (; cursor.Valid(); cursor.Next()) records += "\n" + RecordText(cursor.Current());
+  const View rest = View(iadt.bytes).subspan(cursor.Offset());
   if (!rest.empty()) records += "\n# The library's walk ends here.\n" + RawText(rest);
   return HeaderText(iadt, "iadt", records, &sim::Firmware::iadt) + records;
 }
 
 std::string IamtText(const Image& iamt) {
   CheckSize(iamt);
-  const BoardRecords walk = WalkBoardRecords(iamt);
   std::string records;
-  for (const BoardRecordView& record : walk.records) records += "\n" + BoardRecordText(record.bytes);
-  const View rest = View(iamt.bytes).subspan(walk.end);
+  BoardRecordCursor cursor(Covered(iamt.bytes));
+  for (; cursor.Valid(); cursor.Next())
+    if (const View record = cursor.Current().Bytes(); !record.empty()) records += "\n" + BoardRecordText(record);
+  const View rest = View(iamt.bytes).subspan(cursor.Offset());
   if (!rest.empty())
     records += fmt::format("\n# The library's walk ends here.\n[[iamt.record]]\nraw = \"{}\"\n", Hex(rest));
   return HeaderText(iamt, "iamt", records, &sim::Firmware::iamt) + records;
@@ -225,7 +238,8 @@ std::string BiosInfoText(const Image& biosInfo) {
   const View record(biosInfo.bytes);
   const View model = Trimmed(record.size() == bios::kRecordBytes ? record.subspan(bios::kModel) : View{});
   if (!model.empty() && IsPlainText(model)) {
-    const std::string text = fmt::format("[bios]\nmodel = {}\nunused = {:#x}\n", Quoted(model), Load(record, 8, 1));
+    const std::string text =
+        fmt::format("[bios]\nmodel = {}\nunused = {:#x}\n", Quoted(model), Load(record, bios::kUnused, 1));
     if (Same(CompileText(text).biosInfo, record)) return text;
   }
   return fmt::format("[bios]\nraw = \"{}\"\n", Hex(record));

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "vyntable/TableWalk.h"
+#include "vyntable/Files.h"
 
 namespace vyntable {
 

@@ -6,7 +6,11 @@
 #include <fmt/color.h>
 #include <fmt/core.h>
 
+#include "layout/BiosRecord.h"
+#include "layout/Checksum.h"
+#include "layout/Walk.h"
 #include "vyntable/Commands.h"
+#include "vyntable/Files.h"
 #include "vyntable/Words.h"
 
 namespace vyntable {
@@ -69,28 +73,31 @@ void ExplainHeader(const Image& image, const Printer& out) {
   const std::string signature(table.begin(), table.begin() + 4);
   out.Line(kTitle, fmt::format("{}: {} table, {} bytes", image.name, signature, table.size()));
   out.Block(0, table.first(acpi::kHeaderBytes),
-            {fmt::format("length {}, revision {}", Load(table, acpi::kLengthOffset, 4), table[8]),
-             fmt::format("checksum {:#04x}, {}", table[acpi::kChecksumOffset], SumOf(table) ? "wrong" : "right")});
+            {fmt::format("length {}, revision {}", Load(table, acpi::kLengthOffset, 4), table[acpi::kRevisionOffset]),
+             fmt::format("checksum {:#04x}, {}", table[acpi::kChecksumOffset],
+                         ByteSum(table.data(), table.size()) ? "wrong" : "right")});
 }
 
 std::string RecordWords(const RecordView& record) {
-  const std::string use = record.type ? "" : ", which the library passes over";
-  return fmt::format("{}, {} bytes{}", record.Title(), record.bytes.size(), use);
+  const std::string use = record.Row() ? "" : ", which the library passes over";
+  return fmt::format("{}, {} bytes{}", Title(record), record.length, use);
 }
 
-void ExplainParameters(const RecordView& record, const Printer& out) {
-  for (const RecordParameter& parameter : record.type->parameters)
-    if (parameter.offset < record.bytes.size())
-      out.Block(record.offset + parameter.offset, record.bytes.subspan(parameter.offset, 1),
-                {fmt::format("{} {}", parameter.name, record.bytes[parameter.offset])});
+void ExplainParameters(const RecordView& record, const RecordType& type, const Printer& out) {
+  for (const RecordParameter& parameter : type.parameters)
+    if (parameter.offset < record.length)
+      out.Block(record.offset + parameter.offset, record.Bytes().subspan(parameter.offset, parameter.bytes),
+                {fmt::format("{} {}", parameter.name, Load(record.Bytes(), parameter.offset, parameter.bytes))});
 }
 
 void ExplainRecord(const RecordView& record, const Printer& out) {
-  const bool sensor = record.type && record.type->IsSensor();
+  const RecordType* type = record.Row();
+  const bool sensor = type && type->IsSensor();
+  const View bytes = record.Bytes();
   out.Line(kTitle, "\n" + RecordWords(record));
-  out.Block(record.offset, record.bytes.first(iadt::kBody), {"record header"});
-  if (sensor) ExplainParameters(record, out);
-  for (const CommandView& command : sensor ? SensorCommands(record) : WalkCommands(record))
+  out.Block(record.offset, bytes.first(std::min(iadt::kBody, bytes.size())), {"record header"});
+  if (sensor) ExplainParameters(record, *type, out);
+  for (const CommandView& command : sensor ? SensorCommands(record) : Commands(record))
     out.Block(command.offset, command.bytes, Wrapped(Words(command)));
 }
 
@@ -102,23 +109,24 @@ void ExplainRest(size_t offset, View rest, const Printer& out) {
 
 void ExplainIadt(const Image& image, const Printer& out) {
   ExplainHeader(image, out);
-  const Records walk = WalkRecords(image);
-  for (const RecordView& record : walk.records) ExplainRecord(record, out);
-  ExplainRest(walk.end, View(image.bytes).subspan(walk.end), out);
+  RecordCursor cursor(Covered(image.bytes));
+  for (; cursor.Valid(); cursor.Next()) ExplainRecord(cursor.Current(), out);
+  ExplainRest(cursor.Offset(), View(image.bytes).subspan(cursor.Offset()), out);
 }
 
 void ExplainIamt(const Image& image, const Printer& out) {
   ExplainHeader(image, out);
-  const BoardRecords walk = WalkBoardRecords(image);
-  for (const BoardRecordView& record : walk.records) {
-    out.Line(kTitle, fmt::format("\nrecord of type {}, {} bytes", record.bytes[0], record.bytes.size()));
+  BoardRecordCursor cursor(Covered(image.bytes));
+  for (; cursor.Valid(); cursor.Next()) {
+    const BoardRecordView record = cursor.Current();
+    out.Line(kTitle, fmt::format("\nrecord of type {}, {} bytes", record.rest[iamt::kType], record.length));
     std::vector<std::string> words;
-    if (record.bytes[0] == 0)
-      for (size_t i = 0; i < 3; ++i)
-        words.push_back(fmt::format("chip {} {:#06x}", i + 1, Load(record.bytes, iamt::kChipIds[i], 2)));
-    out.Block(record.offset, record.bytes, words);
+    if (record.IsBoardRecord())
+      for (size_t i = 0; i < std::size(iamt::kChipIds); ++i)
+        words.push_back(fmt::format("chip {} {:#06x}", i + 1, Load(record.Kept(), iamt::kChipIds[i], 2)));
+    out.Block(record.offset, record.Bytes(), words);
   }
-  ExplainRest(walk.end, View(image.bytes).subspan(walk.end), out);
+  ExplainRest(cursor.Offset(), View(image.bytes).subspan(cursor.Offset()), out);
 }
 
 void ExplainBiosInfo(const Image& image, const Printer& out) {
@@ -126,7 +134,9 @@ void ExplainBiosInfo(const Image& image, const Printer& out) {
   const View model = record.subspan(std::min(record.size(), bios::kModel));
   const std::string name(model.begin(), std::find(model.begin(), model.end(), uint8_t{0}));
   out.Line(kTitle, fmt::format("{}: BIOS information record, {} bytes", image.name, record.size()));
-  out.Block(0, record, {fmt::format("model \"{}\"", name), SumOf(record) ? "checksum wrong" : "checksum right"});
+  out.Block(
+      0, record,
+      {fmt::format("model \"{}\"", name), ByteSum(record.data(), record.size()) ? "checksum wrong" : "checksum right"});
 }
 
 int Explain(const Options& options) {

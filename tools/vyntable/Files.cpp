@@ -7,7 +7,12 @@
 #include <fstream>
 #include <iterator>
 
+#include "layout/BiosRecord.h"
+#include "layout/BoardRecord.h"
+#include "layout/RecordLayout.h"
 #include "sim/BoardFile.h"
+
+using namespace layout;
 
 namespace vyntable {
 namespace {
@@ -19,9 +24,9 @@ struct KindRow {
   Bytes sim::Firmware::*bytes;
 };
 constexpr KindRow kKinds[] = {
-    {Kind::kIadt, "IADT", kIadtFile, &sim::Firmware::iadt},
-    {Kind::kIamt, "IAMT", kIamtFile, &sim::Firmware::iamt},
-    {Kind::kBiosInfo, "$CN1368$", kBiosInfoFile, &sim::Firmware::biosInfo},
+    {Kind::kIadt, iadt::kSignature, kIadtFile, &sim::Firmware::iadt},
+    {Kind::kIamt, iamt::kSignature, kIamtFile, &sim::Firmware::iamt},
+    {Kind::kBiosInfo, bios::kSignature, kBiosInfoFile, &sim::Firmware::biosInfo},
 };
 
 /// Longer input is no firmware table and no board file.

@@ -1,5 +1,7 @@
 #include "vyntable/Words.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
 namespace vyntable {
@@ -77,10 +79,23 @@ std::string DirectionText(const CommandView& c, const Direction& d) {
 
 }  // namespace
 
+std::string NameText(const RecordView& record) {
+  const View name = record.Name();
+  return {name.begin(), std::find(name.begin(), name.end(), uint8_t{0})};
+}
+
+std::string Title(const RecordView& record) {
+  const std::string text = NameText(record), name = text.empty() ? "" : fmt::format(" \"{}\"", text);
+  const RecordType* type = record.Row();
+  if (type && type->IsSensor()) return fmt::format("{} {}.{}{}", type->name, type->type, type->subType, name);
+  const std::string kind = type ? std::string(type->name) : fmt::format("type {}", record.Type());
+  return fmt::format("{} index {} value {}{}", kind, record.Index(), record.Value(), name);
+}
+
 std::string Hex(View bytes) { return fmt::format("{:02X}", fmt::join(bytes, " ")); }
 
 std::vector<std::string> Words(const CommandView& command) {
-  if (!command.layout) return {"no access command that the library can step over"};
+  if (!command.layout) return {"the walk over the commands ends here"};
   return {Target(command), DirectionText(command, kDirections[0]), DirectionText(command, kDirections[1])};
 }
 

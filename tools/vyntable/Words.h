@@ -1,16 +1,20 @@
-/// Access commands in words.
+/// Records and access commands in words.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "vyntable/TableWalk.h"
+#include "layout/Walk.h"
 
 namespace vyntable {
 
+/// The name up to its terminator.
+std::string NameText(const layout::RecordView& record);
+/// "LVDSState index 0 value 1" or "voltage 2.1 \"+12V\"".
+std::string Title(const layout::RecordView& record);
 /// What the command reaches, then what it does when reading and when setting, one phrase each.
-std::vector<std::string> Words(const CommandView& command);
+std::vector<std::string> Words(const layout::CommandView& command);
 /// "06 A0 00", for a line of text.
-std::string Hex(View bytes);
+std::string Hex(layout::View bytes);
 
 }  // namespace vyntable

@@ -8,7 +8,6 @@
 using namespace layout;
 
 using namespace apitest;
-using api::CommandCursor;
 using api::Ran;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -45,10 +44,10 @@ TEST_F(Advance, MovesByTheLengthOfTheKindAndForm) {
        {Case{0x01, 28}, Case{0x05, 28}, Case{0x06, 36}, Case{0x0D, 21}, Case{0x11, 29}, Case{0x14, 15}, Case{0x15, 15},
         Case{0x16, 15}, Case{0x17, 15}, Case{0xC1, 28}, Case{0x46, 36}}) {
     const IadtEntry entry = StartWith({Command::Raw(Bytes(40, 0)).Byte(0, each.opcode)});
-    CommandCursor cursor(entry);
+    IadtCommands cursor = entry.Commands();
     const unsigned char* before = cursor.Command();
     EXPECT_TRUE(cursor.Fits());
-    EXPECT_EQ(cursor.Advance(), CommandCursor::Step::kMoved);
+    EXPECT_EQ(cursor.Advance(), IadtCommands::Step::kMoved);
     EXPECT_EQ(cursor.Command() - before, each.length) << int{each.opcode};
     StartOver();
   }
@@ -57,11 +56,11 @@ TEST_F(Advance, MovesByTheLengthOfTheKindAndForm) {
 TEST_F(Advance, StaysAtAFormThatTheKindDoesNotHave) {
   const IadtEntry entry = StartWith({Command::Raw(Bytes(40, 0))});
   for (const int opcode : {0x00, 0x02, 0x03, 0x04, 0x07, 0x0C, 0x0E, 0x0F, 0x10, 0x12, 0x13, 0xC2}) {
-    CommandCursor cursor(entry);
+    IadtCommands cursor = entry.Commands();
     unsigned char* before = cursor.Command();
     *before = static_cast<unsigned char>(opcode);
     EXPECT_TRUE(cursor.Fits());
-    EXPECT_EQ(cursor.Advance(), CommandCursor::Step::kStays) << opcode;
+    EXPECT_EQ(cursor.Advance(), IadtCommands::Step::kStays) << opcode;
     EXPECT_EQ(cursor.Command(), before);
   }
 }
@@ -71,10 +70,10 @@ TEST_F(Advance, IsImpossibleForAnMsrOfAnyFormAndForUnknownKinds) {
   std::vector<int> opcodes = {0x08, 0x09, 0x0A, 0x0B, 0x49};
   for (int opcode = 0x18; opcode <= 0x3F; ++opcode) opcodes.push_back(opcode);
   for (const int opcode : opcodes) {
-    CommandCursor cursor(entry);
+    IadtCommands cursor = entry.Commands();
     *cursor.Command() = static_cast<unsigned char>(opcode);
     EXPECT_TRUE(cursor.Fits());
-    EXPECT_EQ(cursor.Advance(), CommandCursor::Step::kImpossible) << opcode;
+    EXPECT_EQ(cursor.Advance(), IadtCommands::Step::kImpossible) << opcode;
   }
 }
 
@@ -88,7 +87,7 @@ TEST_F(Fits, WhenAllBytesOfTheCommandBelongToTheEntry) {
     for (const bool whole : {false, true}) {
       const size_t bytes = whole ? each.bytes : each.bytes - 1;
       const IadtEntry entry = StartWith({Command::Raw(Bytes(bytes, 0)).Byte(0, each.opcode)});
-      EXPECT_EQ(CommandCursor(entry).Fits(), whole) << int{each.opcode};
+      EXPECT_EQ(entry.Commands().Fits(), whole) << int{each.opcode};
       StartOver();
     }
   }

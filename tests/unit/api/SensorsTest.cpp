@@ -298,6 +298,20 @@ TEST_F(Voltage2, GoesOnWithTheNextRecordOfTheNameAfterA0) {
   EXPECT_EQ(board.PortLog().size(), 4u);
 }
 
+TEST_F(Voltage3, ReadsAModelSpecificRegister) {
+  board.Msr(0x19C, 100);
+  Sensor("voltage", 2).Commands({Command::Msr(0x19C).Get()});
+  StartSensors();
+  EXPECT_FLOAT_EQ(Voltage(), 0.8f);
+}
+
+TEST_F(Temperature6, ReadsAModelSpecificRegister) {
+  board.Msr(0x19C, 100);
+  Sensor("temperature", 2).Commands({Command::Msr(0x19C).Get()});
+  StartSensors();
+  EXPECT_FLOAT_EQ(Temperature(), 100.0f);
+}
+
 TEST_F(Voltage3, ScalesByTheDividerAnd8MillivoltsPerCount) {
   // (20 + 10) / 10 * 50 * 8 * 0.001 = 1.2
   board.Ports(0x300, {50});

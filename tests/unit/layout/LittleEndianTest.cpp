@@ -20,3 +20,11 @@ TEST(LittleEndian, StoresTheLowestByteFirst) {
   const uint8_t expected[6] = {0xEE, 0x01, 0x02, 0x03, 0x84, 0xEE};
   for (unsigned i = 0; i < 6; ++i) EXPECT_EQ(bytes[i], expected[i]);
 }
+
+TEST(LittleEndian, TakesBytesBeyondTheEndAsZero) {
+  const View bytes(kBytes, 3);
+  EXPECT_EQ(Load(bytes, 1, 2), 0x0201u);
+  EXPECT_EQ(Load(bytes, 1, 8), 0x0201u);
+  EXPECT_EQ(Load(bytes, 3, 4), 0u);
+  EXPECT_EQ(Load(bytes, 0, 0), 0u);
+}

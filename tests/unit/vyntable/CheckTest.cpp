@@ -52,10 +52,33 @@ TEST(CheckTable, FindsAWrongLengthAndAWrongChecksum) {
 TEST(CheckRecord, FindsLengthsThatEndTheWalk) {
   EXPECT_THAT(Iadt(IadtBuilder().Add(Record::Type(5).Length(0))),
               ElementsAre("39 error the length of this record (0) is 0; the walk ends here"));
-  EXPECT_THAT(Iadt(IadtBuilder().Add(Record::Type(5).Length(26))),
-              ElementsAre("39 error the length of this record (26) is shorter than its head; the walk ends here"));
   EXPECT_THAT(Iadt(IadtBuilder().Add(Record::Type(5).Length(28))),
               ElementsAre("39 error the length of this record (28) reaches beyond the table; the walk ends here"));
+}
+
+TEST(CheckRecord, GoesOnBehindARecordShorterThanItsHead) {
+  Bytes head(26, 0);
+  head[0] = 5;
+  head[3] = 26;
+  EXPECT_THAT(Iadt(IadtBuilder().Add(Record::Raw(head)).Feature("BTState", 1, {})),
+              ElementsAre("39 error 26 bytes, shorter than a record's head of 27: what follows is taken as part of it, "
+                          "and running it ends with code 21 (LVDSState index 0 value 0)",
+                          std::string("62 warning an entry without commands always succeeds") + kTitle));
+}
+
+TEST(CheckRecord, FindsBytesThatNoRecordHolds) {
+  EXPECT_THAT(
+      Iadt(IadtBuilder().Feature("BTState", 1, {Command::Port(1).Get(1, 1)}).Add(Record::Raw({5, 0, 0}))),
+      ElementsAre("94 error the length of this record (0) is missing: too few bytes are left; the walk ends here"));
+}
+
+TEST(CheckRecord, FindsWhatIsNotKeptOfACurrent) {
+  const auto current = [] { return Record::Sensor("current", 1).Name("A").Commands({Command::Smbus(2, 0).Get()}); };
+  EXPECT_THAT(Iadt(IadtBuilder().Add(current())), IsEmpty());
+  const char* const note = "84 note bytes beyond the sensor record are not kept (current 31.1 \"A\")";
+  EXPECT_THAT(Iadt(IadtBuilder().Add(current().Append({1}))), ElementsAre(note));
+  EXPECT_THAT(Iadt(IadtBuilder().Add(current().Byte(48, 1))), ElementsAre(note));
+  EXPECT_THAT(Iadt(IadtBuilder().Add(current().Byte(55, 1))), ElementsAre(note));
 }
 
 TEST(CheckRecord, FindsTypesThatNobodyReads) {
@@ -157,6 +180,27 @@ TEST(CheckBoardInformation, FindsMissingRepeatedAndUnknown) {
                           "91 warning a second board information record: the last one counts"));
   EXPECT_THAT(Findings(Kind::kIamt, IamtBuilder().Chips(0x94D2, 0, 0).Add({1, 0, 0, 0}).Build()),
               ElementsAre("94 error the length of this record (0) is 0; the walk ends here"));
+}
+
+TEST(CheckBoardInformation, TakesARecordThatReachesBeyondTheTable) {
+  Bytes record(55, 0);
+  record[3] = 56;
+  record[29] = 0x34;
+  record[30] = 0x12;
+  EXPECT_THAT(Findings(Kind::kIamt, IamtBuilder().Add(record).Build()),
+              ElementsAre("39 error the length of this record (56) reaches beyond the table; the walk ends here",
+                          "65 warning the library knows no chip 0x1234"));
+}
+
+TEST(CheckBoardInformation, TakesARecordOfLengthZero) {
+  EXPECT_THAT(Findings(Kind::kIamt, IamtBuilder().Add({0, 0, 0, 0}).Build()),
+              ElementsAre("39 warning shorter than 55 bytes: what follows is taken as part of it",
+                          "39 error the length of this record (0) is 0; the walk ends here"));
+}
+
+TEST(CheckCommand, LooksAtNothingBehindAModelSpecificRegister) {
+  EXPECT_THAT(Iadt(IadtBuilder().Feature("BTState", 1, {Command::Msr(0x1B).Get(), Command::Port(1)})),
+              ElementsAre(std::string("63 error an MSR command stops the walk with code 21") + kTitle));
 }
 
 TEST(CheckBiosInformation, FindsSizeChecksumAndTerminator) {

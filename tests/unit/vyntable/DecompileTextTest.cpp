@@ -76,6 +76,9 @@ TEST(IadtAsText, CompilesBackToTheSameBytes) {
       {"name of 20 characters", IadtBuilder().Add(Record::Type(25).Name("ABCDEFGHIJKLMNOPQRST"))},
       {"name that is no text", IadtBuilder().Add(Record::Type(25).Name("A\x01\xFF\"\\"))},
       {"name with bytes behind its end", IadtBuilder().Add(Record::Type(25).Name(std::string("A\0B", 3)))},
+      {"record shorter than its head", IadtBuilder().Add(Record::Type(5).Length(26)).Feature("BTState", 1, {})},
+      {"commands behind a model-specific register",
+       IadtBuilder().Feature("BTState", 1, {Command::Msr(1).Get(), Command::Port(2).Get()})},
       {"length of 0", IadtBuilder().Add(Record::Type(5).Length(0)).Feature("BTState", 1, {})},
       {"length too long", IadtBuilder().Add(Record::Type(5).Length(28))},
       {"table length too short", IadtBuilder().Feature("BTState", 1, {}).Feature("BTState", 2, {}).Length(63)},
@@ -107,6 +110,8 @@ TEST(IamtAsText, CompilesBackToTheSameBytes) {
       IamtBuilder().Chips(0x94D2, 0x0215, 0xAEC2),
       IamtBuilder().Add({9, 1, 2, 5, 7}).Chips(1, 2, 3),
       IamtBuilder().Add({0, 0, 0, 0, 1, 2}),
+      IamtBuilder().Add({7, 0, 0, 3}),
+      IamtBuilder().Add({0, 0, 0, 200, 1, 2}),
       IamtBuilder().Chips(1, 2, 3).Length(40).Checksum(1),
   };
   for (const IamtBuilder& builder : cases) {

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "sim/TableImage.h"
+
 using namespace layout;
 
 namespace {
@@ -41,6 +43,15 @@ TEST(CommandWords, SayTargetAndBothDirections) {
 TEST(CommandWords, AdmitWhatIsNoCommand) {
   const sim::Bytes bytes = {0x18};
   EXPECT_EQ(Words({0, bytes, nullptr}).size(), 1u);
+}
+
+TEST(RecordTitle, NamesTypeAndInstanceOrSensor) {
+  const auto title = [](const sim::Record& record) {
+    return Title(RecordCursor(sim::IadtBuilder().Add(record).Build()).Current());
+  };
+  EXPECT_EQ(title(sim::Record::Feature("LVDSState").Index(2).Value(1)), "LVDSState index 2 value 1");
+  EXPECT_EQ(title(sim::Record::Sensor("voltage", 1).Name("+12V")), "voltage 2.1 \"+12V\"");
+  EXPECT_EQ(title(sim::Record::Type(36).Value(3).Name("A")), "type 36 index 0 value 3 \"A\"");
 }
 
 TEST(HexText, IsPairsOfDigits) { EXPECT_EQ(Hex(sim::Bytes{0x06, 0xA0, 0x00}), "06 A0 00"); }
