@@ -4,8 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <map>
 #include <optional>
+#include <set>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -117,11 +120,15 @@ FanName FanOf(IadtEntry entry) {
 /// The fans in firmware order. A name is a duplicate when an earlier one begins with it.
 std::vector<FanName> CollectFans() {
   std::vector<FanName> fans;
+  std::set<std::string, std::less<>> earlier;
   for (const IadtEntry entry : Entries(kFanList)) {
     const FanName fan = FanOf(entry);
-    const size_t length = strnlen(fan.data(), fan.size());
-    const auto begins = [&](const FanName& earlier) { return std::strncmp(fan.data(), earlier.data(), length) == 0; };
-    if (std::none_of(fans.begin(), fans.end(), begins)) fans.push_back(fan);
+    const std::string_view name = {fan.data(), strnlen(fan.data(), fan.size())};
+    // Whatever begins with the name sorts right behind it.
+    const auto next = earlier.lower_bound(name);
+    if (next != earlier.end() && next->starts_with(name)) continue;
+    earlier.emplace_hint(next, name);
+    fans.push_back(fan);
   }
   return fans;
 }

@@ -27,12 +27,15 @@ int TVyn::GetVynmarBiosInfo(_VYNMAR_BIOS_INFO* record) {
   if (ReadWrite == nullptr) return 0;
   unsigned char signature[bios::kSignatureBytes];
   std::memcpy(signature, bios::kSignature, sizeof signature);
-  for (unsigned int n = 0;; ++n) {
+  constexpr unsigned int kAreaEnd = acpi::kBiosArea + acpi::kBiosAreaBytes;
+  // The next match is looked for behind the last, so that an area full of false records costs one walk.
+  for (unsigned int start = acpi::kBiosArea;;) {
     const unsigned long long address =
-        ReadWrite->MemoryFindData(acpi::kBiosArea, acpi::kBiosAreaBytes, 1, n, signature, sizeof signature, false);
+        ReadWrite->MemoryFindData(start, kAreaEnd - start, 1, 0, signature, sizeof signature, false);
     if (address == kNotFound) return 0;
     ReadWrite->MemoryReadBlock(address, record, sizeof *record);
     if (BiosInfoChecksum(record, sizeof *record) != 0) return 1;
+    start = static_cast<unsigned int>(address) + 1;
   }
 }
 

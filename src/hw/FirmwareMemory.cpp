@@ -5,10 +5,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <numeric>
 #include <optional>
 #include <utility>
 
+#include "layout/BiosRecord.h"
+#include "layout/Checksum.h"
 #include "layout/LittleEndian.h"
 
 namespace platform {
@@ -20,8 +21,6 @@ namespace {
 constexpr uint64_t kParagraph = 16;
 constexpr uint64_t kBiosAreaEnd = acpi::kBiosArea + acpi::kBiosAreaBytes;
 constexpr uint64_t kPageBytes = 0x1000;
-constexpr char kBiosRecordSignature[] = "$CN1368$";
-constexpr ptrdiff_t kBiosRecordBytes = 64;
 constexpr char kFadt[] = "FACP", kFacs[] = "FACS", kDsdt[] = "DSDT";
 
 using Bytes = std::vector<uint8_t>;
@@ -56,27 +55,27 @@ std::optional<Bytes> Read(int descriptor, uint64_t address, size_t count) {
   return Bytes(memory.Bytes() + offset, memory.Bytes() + offset + count);
 }
 
-uint8_t SumOf(const uint8_t* bytes, size_t count) { return std::accumulate(bytes, bytes + count, uint8_t{0}); }
-
 bool IsRootPointer(const uint8_t* paragraph) {
   return std::memcmp(paragraph, acpi::rsdp::kSignature, acpi::rsdp::kSignatureBytes) == 0;
 }
 
 /// One that leads to an RSDT; firmware may name an XSDT alone.
 bool IsSound(const uint8_t* rootPointer) {
-  return SumOf(rootPointer, acpi::rsdp::kChecksummedBytes) == 0 && Load32(rootPointer + acpi::rsdp::kRsdtAddress) != 0;
+  return ByteSum(rootPointer, acpi::rsdp::kChecksummedBytes) == 0 &&
+         Load32(rootPointer + acpi::rsdp::kRsdtAddress) != 0;
 }
 
 Bytes RootPointerTo(uint32_t rootTable) {
   Bytes bytes(acpi::rsdp::kChecksummedBytes);
   std::memcpy(bytes.data(), acpi::rsdp::kSignature, acpi::rsdp::kSignatureBytes);
   Store32(bytes.data() + acpi::rsdp::kRsdtAddress, rootTable);
-  bytes[acpi::rsdp::kChecksum] = static_cast<uint8_t>(-SumOf(bytes.data(), bytes.size()));
+  bytes[acpi::rsdp::kChecksum] = static_cast<uint8_t>(-ByteSum(bytes.data(), bytes.size()));
   return bytes;
 }
 
 void CorrectChecksum(Bytes& table) {
-  table[acpi::kChecksumOffset] = static_cast<uint8_t>(table[acpi::kChecksumOffset] - SumOf(table.data(), table.size()));
+  table[acpi::kChecksumOffset] =
+      static_cast<uint8_t>(table[acpi::kChecksumOffset] - ByteSum(table.data(), table.size()));
 }
 
 Bytes RootTable(const std::vector<uint32_t>& tables) {
@@ -93,10 +92,10 @@ Bytes RootTable(const std::vector<uint32_t>& tables) {
 /// The highest place for a root pointer in a copy of the BIOS area: bytes that are all zeros or all ones, and no part
 /// of what may be a BIOS information record.
 std::optional<uint64_t> FreePlace(Bytes area) {
-  const std::string_view signature = kBiosRecordSignature;
+  const std::string_view signature = bios::kSignature;
   const auto find = [&](auto from) { return std::search(from, area.end(), signature.begin(), signature.end()); };
   for (auto at = find(area.begin()); at != area.end(); at = find(at + 1)) {
-    const auto record = std::min(kBiosRecordBytes, area.end() - at);
+    const auto record = std::min<ptrdiff_t>(bios::kRecordBytes, area.end() - at);
     std::fill(at + static_cast<ptrdiff_t>(signature.size()), at + record, uint8_t{1});
   }
   for (size_t place = area.size() - 3 * kParagraph;; place -= kParagraph) {

@@ -89,16 +89,16 @@ bool TAcpiBase::Read(uint32_t address, void* buffer, uint32_t count) {
 }
 
 /// Searches every 16 bytes, where ACPI places its structures in memory that no pointer leads to.
-uint64_t TAcpiBase::Find(uint32_t start, uint32_t length, const char* text, uint32_t occurrence) {
+uint64_t TAcpiBase::Find(uint64_t start, uint32_t length, const char* text) {
   if (ReadWrite == nullptr) return kNotFound;
   unsigned char pattern[sizeof acpi::rsdp::kSignature];
   const auto bytes = static_cast<uint32_t>(strnlen(text, sizeof pattern));
   std::memcpy(pattern, text, bytes);
-  return ReadWrite->MemoryFindData(start, length, kParagraph, occurrence, pattern, bytes, false);
+  return ReadWrite->MemoryFindData(start, length, kParagraph, 0, pattern, bytes, false);
 }
 
 void TAcpiBase::BuildRSDP() {
-  const uint64_t address = Find(acpi::kBiosArea, acpi::kBiosAreaBytes, acpi::rsdp::kSignature, 0);
+  const uint64_t address = Find(acpi::kBiosArea, acpi::kBiosAreaBytes, acpi::rsdp::kSignature);
   // Only the first copy of the signature is tried.
   if (address == kNotFound || !VerifyRSDP(static_cast<uint32_t>(address))) std::puts("TAcpiBase::BuildRSDP Failed !!");
 }
@@ -155,10 +155,13 @@ void TAcpiBase::SetupSSDTEx() {
   for (const auto& entry : *Tables) end = std::max(end, entry->Address + entry->Length);
   const uint32_t start = end & ~(kParagraph - 1);
   // Beyond the limit the distance wraps in 32 bits, which leaves the whole area to search.
-  const uint32_t area = std::min(kSsdtAreaBytes, kSsdtAreaLimit - start);
-  for (uint32_t n = 0; candidateBudget_ > 0; ++n, --candidateBudget_) {
-    const uint64_t found = Find(start, area, "SSDT", n);
+  uint32_t area = std::min(kSsdtAreaBytes, kSsdtAreaLimit - start);
+  // The next match is looked for behind the last, so that an area full of signatures costs one walk.
+  for (uint64_t next = start; candidateBudget_ > 0; --candidateBudget_) {
+    const uint64_t found = Find(next, area, "SSDT");
     if (found == kNotFound) return;
+    area -= static_cast<uint32_t>(found + kParagraph - next);
+    next = found + kParagraph;
     const auto address = static_cast<uint32_t>(found);
     const TableHeader header = ReadHeader(address);
     const uint32_t length = Load32(header.Length);

@@ -122,7 +122,7 @@ class TAcpiBase {
   bool Select(TableEntry* entry);
   bool ReadEntry(const TableEntry& entry, unsigned char* buffer);
   bool Read(uint32_t address, void* buffer, uint32_t count);
-  uint64_t Find(uint32_t start, uint32_t length, const char* text, uint32_t occurrence);
+  uint64_t Find(uint64_t start, uint32_t length, const char* text);
   TableHeader ReadHeader(uint32_t address);
   std::unique_ptr<unsigned char[]> ReadTable(uint32_t address, uint32_t length);
   void VisitTable(TableEntry* entry);

@@ -1,4 +1,6 @@
+#include <cstdio>
 #include <cstring>
+#include <ctime>
 
 #include "tests/unit/api/ApiBoard.h"
 
@@ -146,6 +148,21 @@ TEST_F(GetFanConfigNames, TakesAnEmptyNameForADuplicateOfAnyOther) {
   uint8_t count = 0;
   EXPECT_EQ(VynLibGetFanConfigNames(nullptr, &count, 2), 1);
   EXPECT_EQ(count, 1);
+}
+
+TEST_F(GetFanConfigNames, TakesTimeInProportionToTheRecords) {
+  constexpr int kRecords = 40000;
+  char name[20];
+  for (int i = 0; i < kRecords; ++i) {
+    std::snprintf(name, sizeof name, "%05d Fan Mode", i);
+    Add(name, 0);
+  }
+  Start();
+  uint8_t count = 0;
+  const std::clock_t start = std::clock();
+  EXPECT_EQ(VynLibGetFanConfigNames(nullptr, &count, 2), 1);
+  EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);  // seven seconds where each name meets every other
+  EXPECT_EQ(count, kRecords % 256);
 }
 
 TEST_F(GetFanConfigNames, LeavesOutNoEntryForTheIdInItsName) {

@@ -93,6 +93,19 @@ TEST_F(BiosInfoSearch, PrintsOneLineAfterAllCandidatesFailed) {
   EXPECT_EQ(vyn->ModelName(), "three");
 }
 
+TEST_F(BiosInfoSearch, MapsTwicePerFalseRecordHoweverManyThereAre) {
+  constexpr unsigned kRecords = 0x10000 / 8;
+  sim::Bytes signatures;
+  for (unsigned i = 0; i < kRecords; ++i) signatures.insert(signatures.end(), {'$', 'C', 'N', '1', '3', '6', '8', '$'});
+  signatures.back() = 1;  // the last one is none, and nothing sums to 0
+  board.Memory(0xE0000, signatures);
+  EXPECT_EQ(Search(), "Is Core8 ... ???\n");
+  const auto maps =
+      std::count_if(board.Log().begin(), board.Log().end(), [](const auto& a) { return a.kind == sim::Access::kMap; });
+  // One map finds a record and one reads it; 17 go through the 64 KiB behind the last.
+  EXPECT_EQ(maps, 2 * (kRecords - 1) + 17);
+}
+
 TEST_F(BiosInfoSearch, LeavesAZeroedRecordWithoutACandidate) {
   EXPECT_EQ(Search(), "Is Core8 ... ???\n");
   const char zeros[64] = {};

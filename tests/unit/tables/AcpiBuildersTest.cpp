@@ -190,6 +190,26 @@ TEST_F(SetupSSDTEx, PassesOverABadChecksumAndTriesTheNext) {
   EXPECT_THAT(Addresses(), ElementsAre(kRsdp, kRsdt, kFadt, kFacs, kDsdt, kSearch + 0x100));
 }
 
+TEST_F(SetupSSDTEx, MapsTwicePerSignatureHoweverManyThereAre) {
+  Bytes signatures;
+  for (int i = 0; i < 0x1000; ++i) {
+    signatures.insert(signatures.end(), {'S', 'S', 'D', 'T'});
+    signatures.resize(signatures.size() + 12);
+  }
+  Discover(WithDsdt());
+  const auto maps = [this] {
+    return std::count_if(board.Log().begin(), board.Log().end(),
+                         [](const auto& access) { return access.kind == sim::Access::kMap; });
+  };
+  const auto without = maps();
+  TAcpiBase::FreeInstance();
+  board.Memory(kSearch + 0x10, signatures);
+  board.Log().clear();
+  Discover(WithDsdt());
+  // All but the last lie in the 64 KiB searched; each is found by one map, and its header read by another.
+  EXPECT_EQ(maps(), without - 16 + 2 * 0x0FFF);
+}
+
 TEST_F(SetupSSDTEx, PassesOverATableShorterThanItsHeaderOrOfAHugeLength) {
   uint32_t address = kSearch + 0x40;
   for (const uint32_t length : {35u, 0u, 0xFFFFFFFFu}) {
