@@ -4,9 +4,10 @@ import re
 import shutil
 import subprocess
 
-APPLETS = ("sh", "mount", "modprobe", "poweroff", "sleep", "cat", "ls")
+INIT = pathlib.Path(__file__).parent / "guest/init"
 PROGRAM_DIR = "usr/bin"
 LIBRARY_DIR = "usr/lib/vynlib"
+ELF = b"\x7fELF"
 
 
 def linked_libraries(binary):
@@ -20,8 +21,10 @@ def copy(source, target):
 
 
 def add_busybox(root):
-    copy(pathlib.Path(shutil.which("busybox")), root / "bin/busybox")
-    for applet in APPLETS:
+    busybox = root / "bin/busybox"
+    copy(pathlib.Path(shutil.which("busybox")), busybox)
+    applets = subprocess.run([busybox, "--list"], check=True, capture_output=True, text=True).stdout.split()
+    for applet in set(applets) - {"busybox"}:
         (root / "bin" / applet).symlink_to("busybox")
 
 
@@ -41,22 +44,27 @@ def add_modules(root, modules, names):
 
 
 def add_binary(root, binary, directory):
-    """A program or library without its debug sections, and every library it links with but those under test."""
+    """A program or library without its debug sections, and every library it links with but those under test. A script is
+    copied as it is."""
     target = root / directory / binary.name
     copy(binary, target)
+    if binary.read_bytes()[:4] != ELF:
+        return
     subprocess.run(["strip", "--strip-debug", str(target)], check=True)
     for library in linked_libraries(binary):
         if not library.name.startswith("libvynlib"):
             copy(library, root / str(library).lstrip("/"))
 
 
-def build(root, modules, names, init, programs, libraries):
-    """Fills the empty directory `root` with the modules of these names and the rest, and returns the archive of it."""
-    for directory in ("dev", "proc", "sys", "tmp", "bin"):
+def build(root, modules, names, command, programs, libraries):
+    """Fills the empty directory `root` with the modules of these names, the command that the guest runs, and the rest.
+    Returns the archive of it."""
+    for directory in ("dev", "proc", "sys", "tmp", "run/lock", "bin"):
         (root / directory).mkdir(parents=True)
     add_busybox(root)
     add_modules(root, modules, names)
-    copy(init, root / "init")
+    copy(INIT, root / "init")
+    (root / "command").write_text(command + "\n")
     for program in programs:
         add_binary(root, program, PROGRAM_DIR)
     for library in libraries:

@@ -3,6 +3,7 @@
 
 usage: kernel.py CACHE_DIR META_PACKAGE        prints the path of the kernel image
 """
+import fcntl
 import pathlib
 import re
 import subprocess
@@ -71,11 +72,14 @@ def fill(meta_package, target):
 
 
 def cached(cache, meta_package):
-    """Paths of the kernel image and of its modules' root, downloaded when the cache holds none."""
+    """Paths of the kernel image and of its modules' root, downloaded when the cache holds none. Several boots may start at
+    once: the first downloads, the others wait."""
     cache.mkdir(parents=True, exist_ok=True)
     root = cache / meta_package
-    if not root.exists():
-        fill(meta_package, root)
+    with (cache / "lock").open("w") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        if not root.exists():
+            fill(meta_package, root)
     return files(root)
 
 

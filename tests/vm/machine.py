@@ -7,24 +7,18 @@ import socket
 import subprocess
 import time
 
-BOOT_ARGUMENTS = "console=ttyS0 quiet panic=-1 vyn.test="
-MEMORY_MIB = 256
+MEMORY = 256 << 20
 
 
-def command_line(kernel, archive, program, tables, sockets):
-    """`tables` maps "IADT", "IAMT" and "SMBIOS" to files; any may be absent."""
-    command = ["qemu-system-x86_64", "-M", "q35,accel=tcg", "-m", str(MEMORY_MIB), "-display", "none", "-nodefaults",
-               "-no-reboot", "-vga", "std", "-kernel", str(kernel), "-initrd", str(archive),
-               "-append", BOOT_ARGUMENTS + program,
-               "-serial", "stdio", "-serial", f"unix:{sockets / 'guest'}",
-               "-qmp", f"unix:{sockets / 'qmp'}",
-               "-device", "pc-testdev", "-device", "pci-testdev,addr=0x10", "-device", "ib700", "-action", "watchdog=none"]
-    for signature in ("IADT", "IAMT"):
-        if signature in tables:
-            command += ["-acpitable", f"file={tables[signature]}"]
-    if "SMBIOS" in tables:
-        command += ["-smbios", f"file={tables['SMBIOS']}"]
-    return command
+def command_line(kernel, archive, words, extra, sockets):
+    """`words` go to the kernel, `extra` to QEMU."""
+    return ["qemu-system-x86_64", "-M", "q35,accel=tcg", "-m", f"{MEMORY}B", "-display", "none", "-nodefaults",
+            "-no-reboot", "-vga", "std", "-kernel", str(kernel), "-initrd", str(archive),
+            "-append", " ".join(["console=ttyS0 quiet panic=-1", *words]),
+            "-serial", "stdio", "-serial", f"unix:{sockets / 'guest'}",
+            "-qmp", f"unix:{sockets / 'qmp'}",
+            "-device", "pc-testdev", "-device", "pci-testdev,addr=0x10", "-device", "ib700", "-action", "watchdog=none",
+            *extra]
 
 
 class Monitor:
@@ -94,9 +88,9 @@ class Machine:
     def __init__(self, directory):
         self._directory = pathlib.Path(directory)
 
-    def run(self, kernel, archive, program, tables, limit_seconds):
+    def run(self, kernel, archive, words, extra, limit_seconds):
         listeners = [self._listen("guest"), self._listen("qmp")]
-        command = command_line(kernel, archive, program, tables, self._directory)
+        command = command_line(kernel, archive, words, extra, self._directory)
         qemu = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         try:
             return self._converse(qemu, listeners, time.monotonic() + limit_seconds)
