@@ -8,7 +8,7 @@ namespace {
 
 constexpr uint16_t kFirstPortScratch = 0x3FF, kSecondPortScratch = 0x2FF;  // scratch registers of the serial ports
 constexpr uint16_t kTestPort = 0xE0;                                       // four bytes of a device for tests
-constexpr uint32_t kTextMemory = 0xB8000;                                  // text page of the display adapter
+constexpr uint32_t kTestMemory = 0xFF000000;                               // 64 KiB of a device for tests
 constexpr const char* kTestDevice = "0000:00:10.0";
 constexpr unsigned kInterruptLine = 0x3C;
 
@@ -159,9 +159,9 @@ TEST(IndexData, DigitalIoSetsOnePinAndLeavesTheOthers) {
 
 TEST(Memory, SetChangesTheMaskedBitsOnly) {
   EXPECT_EQ(1, VynLibSetOnboardTPMState(0, 2));
-  EXPECT_THAT(guest::HostMemory(kTextMemory + 0x7F20, 4), ElementsAre(0x78, 0x56, 0x34, 0x12));
+  EXPECT_THAT(guest::HostMemory(kTestMemory + 0xF20, 4), ElementsAre(0x78, 0x56, 0x34, 0x12));
   EXPECT_EQ(1, VynLibSetOnboardTPMState(1, 2));
-  EXPECT_THAT(guest::HostMemory(kTextMemory + 0x7F20, 4), ElementsAre(0x79, 0x56, 0x34, 0x12));
+  EXPECT_THAT(guest::HostMemory(kTestMemory + 0xF20, 4), ElementsAre(0x79, 0x56, 0x34, 0x12));
 }
 
 TEST(Memory, GetFindsTheStateTheMemoryIsIn) {
@@ -174,11 +174,11 @@ TEST(Memory, GetFindsTheStateTheMemoryIsIn) {
 TEST(Memory, AByteWriteLeavesItsNeighboursAlone) {
   EXPECT_EQ(1, VynLibSetOnboardTPMState(0, 2));
   EXPECT_EQ(1, VynLibBacklightCtrl(1, 2));
-  EXPECT_THAT(guest::HostMemory(kTextMemory + 0x7F1F, 3), ElementsAre(0x64, 0x78, 0x56));
+  EXPECT_THAT(guest::HostMemory(kTestMemory + 0xF1F, 3), ElementsAre(0x64, 0x78, 0x56));
 }
 
 TEST(Memory, ReadsTheRomBelowFourGigabytes) {
-  // "23/9" at 0xFFFFFFF8, out of the date "06/23/99" that firmware carries behind its reset vector.
+  // At 0xFFFFFFF8, behind the reset vector: "23/9" out of a date, or no-operations.
   uint8_t state = 0;
   EXPECT_EQ(1, VynLibGetMFGState(&state, 2));
   EXPECT_EQ(1, state);
