@@ -1,25 +1,12 @@
 // The library on a machine whose firmware carries none of the tables.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vynlib/vynlib.h>
 
 #include <functional>
 
+#include "Child.h"
+
 namespace {
-
-constexpr unsigned kNobody = 65534;
-
-/// Runs `body` as a user without privilege in a process of its own; its result, or -1.
-int AsNobody(const std::function<int()>& body) {
-  const pid_t child = fork();
-  if (child == 0) {
-    if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(100);
-    _exit(body());
-  }
-  int status = 0;
-  return waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 struct QueryCase {
   const char* name;
@@ -103,11 +90,12 @@ class BareMachine : public ::testing::Test {
 }  // namespace
 
 TEST(Init, FailsWithCode1ForAnUnprivilegedUser) {
-  EXPECT_EQ(1, AsNobody([] { return VynLibDllInit() == 0 && VynLibDllGetLastError() == 1 ? 1 : 0; }));
+  EXPECT_EQ("status 1",
+            guest::EndAsNobody([] { return VynLibDllInit() == 0 && VynLibDllGetLastError() == 1 ? 1 : 0; }));
 }
 
 TEST(Init, LeavesEveryFunctionRefusedAfterFailing) {
-  EXPECT_EQ(1, AsNobody([] {
+  EXPECT_EQ("status 1", guest::EndAsNobody([] {
               VynLibDllInit();
               uint8_t state = 0x5A;
               return VynLibGetLVDSState(&state, 2) == 0 && VynLibDllGetLastError() == 1 && state == 0x5A ? 1 : 0;
