@@ -22,20 +22,51 @@ constexpr unsigned kSmbusBaseRegister = 0x20;
 constexpr uint16_t kStatus = 0, kControl = 2, kCommand = 3, kAddress = 4, kData = 5;
 constexpr uint8_t kClearAll = 0xFF, kStartByteData = 0x48, kBusy = 0x01, kDone = 0x02, kOutcome = 0x9E;
 
+constexpr uint8_t kNothingThere = 0xFF, kHostEnable = 0x01;
+constexpr int kMostPolls = 100000;
+
+std::string ConfigurationFile(const std::string& function) { return "/sys/bus/pci/devices/" + function + "/config"; }
+
 uint16_t SmbusBase() {
   static const auto base = static_cast<uint16_t>(PciDword(kSmbusFunction, kSmbusBaseRegister) & 0xFFE0);
   return base;
 }
 
-/// One byte-data transaction; false when the slave did not answer.
-bool SmbusTransaction(uint8_t address, uint8_t reg) {
+/// Turns the host controller on where firmware left it off, as long as this lives.
+class SmbusTurnedOn {
+ public:
+  SmbusTurnedOn() : wasOff_(In8(SmbusBase() + kStatus) == kNothingThere) {
+    if (wasOff_) SetConfiguration(kHostEnable);
+  }
+  SmbusTurnedOn(const SmbusTurnedOn&) = delete;
+  SmbusTurnedOn& operator=(const SmbusTurnedOn&) = delete;
+  ~SmbusTurnedOn() {
+    if (wasOff_) SetConfiguration(0);
+  }
+
+ private:
+  static void SetConfiguration(char value) {
+    std::fstream file(ConfigurationFile(kSmbusFunction), std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(kSmbusConfiguration).put(value);
+  }
+  bool wasOff_;
+};
+
+/// One byte-data transaction; `data` goes out, and what came in comes back. False when the slave did not answer.
+bool SmbusTransaction(uint8_t address, uint8_t reg, uint8_t* data) {
+  const SmbusTurnedOn on;
   const uint16_t base = SmbusBase();
   Out8(base + kStatus, kClearAll);
+  Out8(base + kData, *data);
   Out8(base + kAddress, address);
   Out8(base + kCommand, reg);
   Out8(base + kControl, kStartByteData);
   uint8_t status = In8(base + kStatus);
-  while (status == 0 || (status & kBusy) != 0) status = In8(base + kStatus);
+  for (int polls = 0; status == 0 || (status & kBusy) != 0; polls++) {
+    if (polls == kMostPolls) throw std::runtime_error("the SMBus controller does not finish");
+    status = In8(base + kStatus);
+  }
+  *data = In8(base + kData);
   Out8(base + kStatus, kClearAll);
   return (status & kDone) != 0;
 }
@@ -95,7 +126,7 @@ void SetNvram(uint8_t reg, uint8_t value) {
 }
 
 uint32_t PciDword(const std::string& function, unsigned reg) {
-  std::ifstream file("/sys/bus/pci/devices/" + function + "/config", std::ios::binary);
+  std::ifstream file(ConfigurationFile(function), std::ios::binary);
   file.seekg(reg);
   uint32_t value = 0;
   for (unsigned i = 0; i < 4; i++) value |= static_cast<uint32_t>(file.get() & 0xFF) << (8 * i);
@@ -104,13 +135,12 @@ uint32_t PciDword(const std::string& function, unsigned reg) {
 }
 
 int Smbus(uint8_t slave, uint8_t reg) {
-  if (!SmbusTransaction(slave | 1, reg)) return -1;
-  return In8(SmbusBase() + kData);
+  uint8_t value = 0;
+  return SmbusTransaction(slave | 1, reg, &value) ? value : -1;
 }
 
 void SetSmbus(uint8_t slave, uint8_t reg, uint8_t value) {
-  Out8(SmbusBase() + kData, value);
-  if (!SmbusTransaction(slave & 0xFE, reg)) throw std::runtime_error("no SMBus slave answers");
+  if (!SmbusTransaction(slave & 0xFE, reg, &value)) throw std::runtime_error("no SMBus slave answers");
 }
 
 bool SmbusIsIdle() { return (In8(SmbusBase() + kStatus) & (kBusy | kOutcome)) == 0; }
