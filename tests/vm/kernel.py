@@ -10,8 +10,9 @@ import subprocess
 import sys
 import tarfile
 import tempfile
+import zlib
 
-WANTED = re.compile(r"\./(boot/vmlinuz-|lib/modules/[^/]+/kernel/(arch/x86/kernel|drivers/i2c)/).+")
+WANTED = re.compile(r"\./(boot/vmlinuz-|lib/modules/[^/]+/kernel/(arch/x86/kernel|drivers/(i2c|mfd|watchdog))/).+")
 
 
 def run(*command, cwd=None):
@@ -75,7 +76,7 @@ def cached(cache, meta_package):
     """Paths of the kernel image and of its modules' root, downloaded when the cache holds none. Several boots may start at
     once: the first downloads, the others wait."""
     cache.mkdir(parents=True, exist_ok=True)
-    root = cache / meta_package
+    root = cache / f"{meta_package}-{zlib.crc32(WANTED.pattern.encode()):08x}"  # another choice of files, another place
     with (cache / "lock").open("w") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
         if not root.exists():
