@@ -1,7 +1,7 @@
 /// Keeps the one loop over a command list that is unbounded by contract out of the fuzzers' way.
 #pragma once
 
-#include "api/EntryWalk.h"
+#include "layout/AccessCommand.h"
 #include "tables/TIADTable.h"
 
 namespace fuzz {

@@ -2,11 +2,10 @@
 #include <algorithm>
 #include <vector>
 
-#include "api/EntryWalk.h"
-#include "api/Library.h"
 #include "fuzz/Bounded.h"
 #include "fuzz/FuzzMachine.h"
 #include "fuzz/TableFuzz.h"
+#include "tables/EntryRun.h"
 #include "tables/TIADTable.h"
 #include "tables/TIAxTCommon.h"
 
@@ -29,15 +28,15 @@ std::vector<uint8_t> Record(uint8_t type, uint8_t subType, std::span<const uint8
   return record;
 }
 
-void RunAll(const TIADTable& table, api::Direction direction) {
+void RunAll(const TIAxTCommon& executor, const TIADTable& table, tables::Direction direction) {
   for (unsigned list = 1; list < TIADTable::kSlots; ++list) {
     for (const IadtEntry entry : table.List(list)) {
       // The slots have exactly the announced number of elements.
       std::vector<unsigned long long> slots(entry.Index() % 4 + 1u, 0x0123456789ABCDEF);
       if (IadtEntry::kKeptBytes[list] == 0)
-        api::RunEntry(entry, direction, {slots.data(), static_cast<uint8_t>(slots.size())});
+        tables::RunEntry(executor, entry, direction, {slots.data(), static_cast<uint8_t>(slots.size())});
       else
-        for (const uint8_t offset : kCommandOffsets) api::RunSensorCommand(entry, offset, slots.data());
+        for (const uint8_t offset : kCommandOffsets) tables::RunSensorCommand(executor, entry, offset, slots.data());
     }
   }
 }
@@ -47,7 +46,7 @@ void RunAll(const TIADTable& table, api::Direction direction) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fuzz::Input input({data, size});
   const bool hasController = input.Byte() % 16 != 0;
-  const auto direction = input.Flag() ? api::kSet : api::kGet;
+  const auto direction = input.Flag() ? tables::kSet : tables::kGet;
   const uint8_t sensor = input.Byte();
   const auto answers = input.Bytes(input.Byte());
   const auto body = input.Rest();
@@ -61,8 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   try {
     TIADTable::GetInstance()->Fill(table.get(), Load32(table.get() + 4));
     fuzz::FitForms(*TIADTable::GetInstance());
-    api::IAxTCommon = TIAxTCommon::GetInstance();
-    RunAll(*TIADTable::GetInstance(), direction);
+    RunAll(*TIAxTCommon::GetInstance(), *TIADTable::GetInstance(), direction);
   } catch (const fuzz::Exhausted&) {
   }
   fuzz::Finish();

@@ -6,7 +6,6 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "api/EntryWalk.h"
 #include "api/Library.h"
 #include "api/Text.h"
 #include "layout/AcpiLayout.h"
@@ -14,6 +13,7 @@
 #include "layout/IoChips.h"
 #include "layout/LittleEndian.h"
 #include "layout/RecordLayout.h"
+#include "tables/EntryRun.h"
 #include "tables/TIAMTable.h"
 #include "vynlib/vynlib.h"
 
@@ -49,6 +49,7 @@ int GetWhichIOUse(uint16_t identifier, uint8_t* io) {
 }  // namespace api
 
 using namespace api;
+using namespace tables;
 
 namespace {
 
@@ -87,7 +88,7 @@ void Identify(IadtEntry entry, uint8_t* io) {
     return;
   }
   unsigned long long values[2] = {0, 0};
-  const Ran ran = RunEntry(entry, kGet, {values, 2});
+  const Ran ran = RunEntry(*IAxTCommon, entry, kGet, {values, 2});
   if (ran == Ran::kFailed) LastErrorCode = kIdCommandFailed;
   if (ran == Ran::kUnknownKind) LastErrorCode = kUnknownAccess;
   if (ran == Ran::kDone) LookUp(static_cast<uint16_t>(values[1] * 256 + values[0]), io);
@@ -122,5 +123,5 @@ void VynLibGetWhichIOToBeUse(uint8_t kind, const char* name, uint8_t* io) {
   } else {
     LastErrorCode = kBadKind;
   }
-  Result<uint8_t>{io} = number;
+  StoreResult(io, number);
 }

@@ -1,3 +1,4 @@
+// The fan configuration functions.
 #include <algorithm>
 #include <array>
 #include <bitset>
@@ -15,9 +16,9 @@
 #include <safe_mem_lib.h>
 #include <safe_str_lib.h>
 
-#include "api/EntryWalk.h"
 #include "api/Library.h"
 #include "api/Text.h"
+#include "api/Walk.h"
 #include "layout/LittleEndian.h"
 #include "layout/RecordLayout.h"
 #include "vynlib/vynlib.h"
@@ -25,6 +26,7 @@
 using namespace layout;
 
 using namespace api;
+using namespace tables;
 
 namespace {
 
@@ -93,18 +95,11 @@ std::optional<int> Begin(uint8_t selector) {
   return {};
 }
 
-/// Runs the fan's entries that `wants` picks until the commands of one succeed. Empty, with the code left, when none.
-template <typename Wants>
-std::optional<IadtEntry> RunFan(std::string_view fan, Direction direction, Slots slots, SubCode failed, Wants wants) {
-  LastErrorCode = FanCode(kNoMatch);
-  for (const IadtEntry entry : Entries(kFanList)) {
-    if (!IsEntryOf(entry, fan) || !wants(entry)) continue;
-    const Ran ran = RunEntry(entry, direction, slots);
-    if (ran == Ran::kDone) return entry;
-    LastErrorCode = ran == Ran::kUnknownKind ? uint64_t{kUnknownAccess} : FanCode(failed);
-    if (ran == Ran::kUnknownKind) return {};
-  }
-  return {};
+/// The walk over a fan's entries that `wants` picks.
+template <typename Wants, typename Done>
+int WalkFan(std::string_view fan, Direction direction, Slots slots, SubCode failed, Wants wants, Done done) {
+  return Walk({Entries(kFanList), FanCode(failed), FanCode(kNoMatch)}, direction, slots,
+              [&](IadtEntry entry) { return IsEntryOf(entry, fan) && wants(entry); }, done);
 }
 
 using FanName = std::array<char, VYNLIB_NAME_BYTES>;
@@ -139,7 +134,7 @@ int VynLibGetFanConfigNames(char** names, uint8_t* count, uint8_t selector) {
   if (const auto answer = Begin(selector)) return *answer;
   const std::vector<FanName> fans = CollectFans();
   if (names == nullptr) {
-    Result<uint8_t>{count} = static_cast<uint8_t>(fans.size());
+    StoreResult(count, static_cast<uint8_t>(fans.size()));
     return Succeed();
   }
   if (count == nullptr || *count != fans.size()) return Fail(FanCode(kNameCountDiffers));
@@ -161,7 +156,7 @@ void VynLibGetFANModeSupport(const char* name, uint8_t* modes) {
     mask = static_cast<uint8_t>(mask | 1u << entry.Value());
     LastErrorCode = kOk;
   }
-  Result<uint8_t>{modes} = mask;
+  StoreResult(modes, mask);
 }
 
 int VynLibGetFANConfig(const char* name, uint8_t* block, uint8_t* count, uint8_t selector) {
@@ -172,16 +167,16 @@ int VynLibGetFANConfig(const char* name, uint8_t* block, uint8_t* count, uint8_t
   if (block == nullptr) return Fail(FanCode(kNoBlock));
   if (room < kAskForCount && (room == 0 || CountOf(*counts, block[0]) != room)) return Fail(FanCode(kCountDiffers));
   std::array<unsigned long long, kAskForCount> slots{};
-  const auto current = RunFan(Text(name), kGet, {slots.data(), room}, kReadFailed, [](IadtEntry) { return true; });
-  if (!current) return 0;
-  // The mode reported is the one whose commands succeed; the caller's serves the size check alone.
-  const uint8_t mode = current->Value();
-  const uint8_t modeCount = CountOf(*counts, mode);
-  block[0] = mode;
-  if (room < kAskForCount)
-    for (size_t i = 1; i < std::min(modeCount, room); ++i) block[i] = static_cast<uint8_t>(slots[i]);
-  *count = modeCount;
-  return Succeed();
+  const auto any = [](IadtEntry) { return true; };
+  return WalkFan(Text(name), kGet, {slots.data(), room}, kReadFailed, any, [&](IadtEntry current) {
+    // The mode reported is the one whose commands succeed; the caller's serves the size check alone.
+    const uint8_t mode = current.Value();
+    const uint8_t modeCount = CountOf(*counts, mode);
+    block[0] = mode;
+    if (room < kAskForCount)
+      for (size_t i = 1; i < std::min(modeCount, room); ++i) block[i] = static_cast<uint8_t>(slots[i]);
+    *count = modeCount;
+  });
 }
 
 int VynLibSetFANConfig(const char* name, const uint8_t* block, uint8_t count, uint8_t selector) {
@@ -193,5 +188,5 @@ int VynLibSetFANConfig(const char* name, const uint8_t* block, uint8_t count, ui
   std::array<unsigned long long, kAskForCount> slots{};
   std::copy_n(block, count, slots.begin());
   const auto wants = [&](IadtEntry entry) { return entry.Value() == block[0]; };
-  return RunFan(Text(name), kSet, {slots.data(), count}, kSetFailed, wants) ? Succeed() : 0;
+  return WalkFan(Text(name), kSet, {slots.data(), count}, kSetFailed, wants, [](IadtEntry) {});
 }

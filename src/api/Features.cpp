@@ -1,11 +1,13 @@
+// The 43 feature state functions.
 #include <cstdint>
 
-#include "api/EntryWalk.h"
 #include "api/FeatureTable.h"
 #include "api/Library.h"
+#include "api/Walk.h"
 #include "vynlib/vynlib.h"
 
 using namespace api;
+using namespace tables;
 
 namespace {
 
@@ -28,53 +30,28 @@ int Decline(const FeatureRow& row, uint8_t selector) {
   return Fail(Code(row.differs.absentFamily.value_or(row.family), kAbsent));
 }
 
-/// What a walk needs of a row, read before the result is written: a write through a caller's byte pointer may change
-/// anything for all the compiler knows, the row included.
-struct Candidates {
-  explicit Candidates(const FeatureRow& row)
-      : entries(Entries(row.list)), failed(row.failedCode), none(row.noEntryCode) {}
-
-  IadtList entries;
-  uint64_t failed, none;  ///< codes
-};
-
-/// One walk serves readings and settings: `wants(entry)` picks the candidates, `done(entry)` takes the first one whose
-/// commands succeed. The accumulator is shared by all entries of a call.
-template <typename Wants, typename Done>
-int Walk(const Candidates& candidates, Direction direction, Wants wants, Done done) {
-  unsigned long long accumulator = 0;
-  LastErrorCode = candidates.none;
-  for (const IadtEntry entry : candidates.entries) {
-    if (!wants(entry)) continue;
-    const Ran ran = RunEntry(entry, direction, {&accumulator, 1});
-    if (ran == Ran::kUnknownKind) return Fail(kUnknownAccess);
-    if (ran == Ran::kDone) {
-      done(entry);
-      return Succeed();
-    }
-    LastErrorCode = candidates.failed;  // a later candidate is a fallback
-  }
-  return 0;
-}
+Candidates CandidatesOf(const FeatureRow& row) { return {Entries(row.list), row.failedCode, row.noEntryCode}; }
 
 template <typename Wants>
 int ReadWhere(uint8_t* target, uint8_t selector, const FeatureRow& row, Wants wanted) {
   if (!Begins(row, selector)) return Decline(row, selector);
-  const Candidates candidates(row);
-  const Result<uint8_t> result(target), cleared(row.differs.clearsResult ? target : nullptr);
-  result = kNoReading;
+  const Candidates candidates = CandidatesOf(row);
+  uint8_t* const cleared = row.differs.clearsResult ? target : nullptr;
+  unsigned long long accumulator = 0;
+  StoreResult(target, kNoReading);
   const auto wants = [=](IadtEntry entry) {
     if (!wanted(entry)) return false;
-    cleared = 0;
+    StoreResult(cleared, 0);
     return true;
   };
-  return Walk(candidates, kGet, wants, [=](IadtEntry entry) { result = entry.Value(); });
+  return Walk(candidates, kGet, {&accumulator, 1}, wants, [=](IadtEntry entry) { StoreResult(target, entry.Value()); });
 }
 
 template <typename Wants>
 int WriteWhere(uint8_t selector, const FeatureRow& row, Wants wants) {
   if (!Begins(row, selector)) return Decline(row, selector);
-  return Walk(Candidates(row), kSet, wants, [](IadtEntry) {});
+  unsigned long long accumulator = 0;
+  return Walk(CandidatesOf(row), kSet, {&accumulator, 1}, wants, [](IadtEntry) {});
 }
 
 // The row comes last, so that an exported function passes its arguments on in the registers they came in.
@@ -98,20 +75,19 @@ int Write(uint8_t index, uint8_t value, uint8_t selector, const FeatureRow& row)
 /// All entries are visited: those that succeed are counted, and each sets the bit of its index when its value is odd.
 int ReadVersion(uint16_t* target, uint8_t selector, const FeatureRow& row) {
   if (!Begins(row, selector)) return Decline(row, selector);
-  const Result<uint16_t> result(target);
-  result = kNoVersion;
+  StoreResult(target, kNoVersion);
   uint8_t count = 0;
   uint8_t bits = 0;
   unsigned long long accumulator = 0;
   for (const IadtEntry entry : Entries(row.list)) {
-    const Ran ran = RunEntry(entry, kGet, {&accumulator, 1});
+    const Ran ran = RunEntry(*IAxTCommon, entry, kGet, {&accumulator, 1});
     if (ran == Ran::kUnknownKind) return Fail(kUnknownAccess);
     if (ran == Ran::kFailed) continue;
     ++count;
     bits = static_cast<uint8_t>(bits | (entry.Value() & 1u) << (entry.Index() & 31));
   }
   if (count == 0) return Fail(row.failedCode);
-  result = static_cast<uint16_t>(count * 256 + bits);
+  StoreResult(target, static_cast<uint16_t>(count * 256 + bits));
   return Succeed();
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "api/ErrorCodes.h"
 #include "tables/TIADTable.h"
@@ -58,17 +59,10 @@ inline IadtList Entries(unsigned number) { return IADTable->List(number); }
 /// A caller's text argument; null counts as empty.
 inline const char* Text(const char* text) { return text != nullptr ? text : ""; }
 
-/// A caller's result; null counts as not wanted.
+/// Stores a result where the caller wants it; null counts as not wanted.
 template <typename T>
-class Result {
- public:
-  explicit Result(T* target) : target_(target) {}
-  void operator=(T value) const {
-    if (target_ != nullptr) *target_ = value;
-  }
-
- private:
-  T* target_;
-};
+void StoreResult(T* target, std::type_identity_t<T> value) {
+  if (target != nullptr) *target = value;
+}
 
 }  // namespace api

@@ -1,3 +1,4 @@
+// The sensor readers and their names.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -6,10 +7,10 @@
 
 #include <safe_str_lib.h>
 
-#include "api/EntryWalk.h"
 #include "api/Library.h"
 #include "hw/Platform.h"
 #include "layout/RecordLayout.h"
+#include "tables/EntryRun.h"
 #include "vynlib/vynlib.h"
 
 using namespace api;
@@ -215,15 +216,14 @@ constexpr Quantity<float> kCurrentQuantity{kCurrent, 0x05, 0x03, kCurrents, std:
 /// The results of the commands are not looked at: failures show through the raw values alone.
 void ReadRaw(IadtEntry entry, const RecordType& type, Raw* raw) {
   for (const CommandPlace& place : type.places)
-    RunSensorCommand(entry, place.offset, place.value == RawValue::kFirst ? &raw->a : &raw->b);
+    tables::RunSensorCommand(*IAxTCommon, entry, place.offset, place.value == RawValue::kFirst ? &raw->a : &raw->b);
 }
 
 template <typename T>
 int ReadSensor(const Quantity<T>& quantity, const char* name, T* target, uint8_t selector) {
   T value{};
-  const Result<T> result(target);
   if (!IsPerform(selector)) return Fail(kBadSelector);
-  result = value;
+  StoreResult(target, value);
   if (!quantity.IsOffered()) return Fail(Code(quantity.family, kAbsent));
   LastErrorCode = Code(quantity.family, quantity.noSuchName);
   Raw raw;
@@ -238,7 +238,7 @@ int ReadSensor(const Quantity<T>& quantity, const char* name, T* target, uint8_t
         LastErrorCode = Code(quantity.family, subCode);
         continue;
       }
-      result = value;
+      StoreResult(target, value);
       return Succeed();
     }
   }
@@ -284,7 +284,7 @@ int GetNames(const Quantity<T>& quantity, char** names, uint8_t* count, uint8_t 
   if (!quantity.IsOffered()) return Fail(Code(quantity.family, kAbsent));
   const uint8_t sensors = CountSensors(quantity);
   if (names == nullptr) {
-    Result<uint8_t>{count} = sensors;
+    StoreResult(count, sensors);
     return Succeed();
   }
   // Success without a copy, and the last error left alone, for a count that differs; this is meant.

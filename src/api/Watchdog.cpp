@@ -1,13 +1,15 @@
+// The watchdog functions.
 #include <cstdint>
 
-#include "api/EntryWalk.h"
 #include "api/Library.h"
+#include "api/Walk.h"
 #include "hw/Platform.h"
 #include "layout/RecordLayout.h"
 #include "vynlib/vynlib.h"
 
 using namespace api;
 using namespace layout;
+using namespace tables;
 
 namespace {
 
@@ -39,28 +41,17 @@ bool IsCountMode(IadtEntry entry) {
   return entry.Value() == kWatchdogCountMode0 || entry.Value() == kWatchdogCountMode1;
 }
 
-/// Runs the candidates in order until the commands of one succeed, which `done(entry, accumulator)` then takes.
+/// The walk over the watchdog's entries, with `*data` as the one argument slot.
 template <typename Wants, typename Done>
-int Walk(Codes codes, Direction direction, unsigned long long accumulator, Wants wants, Done done) {
+int WalkWatchdog(Codes codes, Direction direction, unsigned long long* data, Wants wants, Done done) {
   if (!Has(kWatchdogList)) return Fail(WatchdogCode(kAbsent));
-  LastErrorCode = WatchdogCode(codes.noEntry);
-  for (const IadtEntry entry : Entries(kWatchdogList)) {
-    if (!wants(entry)) continue;
-    const Ran ran = RunEntry(entry, direction, {&accumulator, 1});
-    if (ran == Ran::kUnknownKind) return Fail(kUnknownAccess);
-    if (ran == Ran::kDone) {
-      done(entry, accumulator);
-      return Succeed();
-    }
-    LastErrorCode = WatchdogCode(codes.failed);
-  }
-  return 0;
+  const Candidates candidates{Entries(kWatchdogList), WatchdogCode(codes.failed), WatchdogCode(codes.noEntry)};
+  return Walk(candidates, direction, {data, 1}, wants, done);
 }
 
-int Perform(uint8_t operation, Codes codes, uint8_t data = 0) {
-  return Walk(
-      codes, kSet, data, [=](IadtEntry entry) { return entry.Value() == operation; },
-      [](IadtEntry, unsigned long long) {});
+int Perform(uint8_t operation, Codes codes, unsigned long long data = 0) {
+  const auto wants = [=](IadtEntry entry) { return entry.Value() == operation; };
+  return WalkWatchdog(codes, kSet, &data, wants, [](IadtEntry) {});
 }
 
 /// The operation for an argument of 0 or 1.
@@ -113,9 +104,10 @@ int VynLibWDTGetInterval(uint32_t* interval, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return QueryWatchdog();
   if (!IsPerform(selector)) return Fail(kBadSelector);
-  return Walk(
-      kGettingInterval, kGet, 0, [](IadtEntry entry) { return entry.Value() == kWatchdogInterval; },
-      [=](IadtEntry, unsigned long long value) { Result<uint32_t>{interval} = static_cast<uint32_t>(value); });
+  unsigned long long data = 0;
+  const auto wants = [](IadtEntry entry) { return entry.Value() == kWatchdogInterval; };
+  return WalkWatchdog(kGettingInterval, kGet, &data, wants,
+                      [&](IadtEntry) { StoreResult(interval, static_cast<uint32_t>(data)); });
 }
 
 int VynLibWDTSetCountMode(uint8_t mode, uint8_t selector) {
@@ -129,9 +121,9 @@ int VynLibWDTGetCountMode(uint8_t* mode, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return QueryCountMode();
   if (!IsPerform(selector)) return Fail(kBadSelector);
-  const Result<uint8_t> result(mode);
-  if (Has(kWatchdogList)) result = 0;
-  return Walk(kGettingMode, kGet, 0, IsCountMode, [&](IadtEntry entry, unsigned long long) {
-    result = static_cast<uint8_t>(entry.Value() - kWatchdogCountMode0);
+  if (Has(kWatchdogList)) StoreResult(mode, 0);
+  unsigned long long data = 0;
+  return WalkWatchdog(kGettingMode, kGet, &data, IsCountMode, [=](IadtEntry entry) {
+    StoreResult(mode, static_cast<uint8_t>(entry.Value() - kWatchdogCountMode0));
   });
 }

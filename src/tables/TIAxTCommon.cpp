@@ -220,7 +220,7 @@ void TIAxTCommon::FreeInstance() {
 
 TIAxTCommon::TIAxTCommon() : ReadWrite(TReadWrite::GetInstance()), SMBus(TSMBus::GetInstance()) {}
 
-int RunCommand(const TIAxTCommon& executor, unsigned char* command, unsigned char direction, unsigned long long* args,
+int tables::RunAccess(const TIAxTCommon& executor, unsigned char* command, unsigned char direction, unsigned long long* args,
                unsigned char count) {
   const uint16_t control = Load16(command + kControlOffset);
   const uint8_t opcode = *command & kOpcodeMask;
@@ -233,7 +233,7 @@ int RunCommand(const TIAxTCommon& executor, unsigned char* command, unsigned cha
 
 int TIAxTCommon::IAxTRW(unsigned char** command, unsigned char direction, unsigned long long* args,
                         unsigned char count) {
-  return RunCommand(*this, *command, direction, args, count);
+  return tables::RunAccess(*this, *command, direction, args, count);
 }
 
 int TIAxTCommon::IAxTRead(unsigned char** command, unsigned char direction, unsigned long long* args,

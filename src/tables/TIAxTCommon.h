@@ -42,6 +42,10 @@ class TIAxTCommon {
   bool CompareGetValue(unsigned int a, unsigned int b, bool force);
 };
 
+namespace tables {
+
 /// TIAxTCommon::IAxTRW for a command given by its address.
-int RunCommand(const TIAxTCommon& executor, unsigned char* command, unsigned char direction, unsigned long long* args,
-               unsigned char count);
+int RunAccess(const TIAxTCommon& executor, unsigned char* command, unsigned char direction, unsigned long long* args,
+              unsigned char count);
+
+}  // namespace tables

@@ -1,4 +1,4 @@
-#include "api/EntryWalk.h"
+#include "tables/EntryRun.h"
 
 #include <algorithm>
 #include <cassert>
@@ -6,10 +6,9 @@
 #include <cstring>
 #include <limits>
 
-#include "api/Library.h"
 #include "tables/TIAxTCommon.h"
 
-namespace api {
+namespace tables {
 
 using namespace layout;
 
@@ -23,29 +22,29 @@ constexpr size_t kLongestCommand = [] {
 
 }  // namespace
 
-Ran RunEntry(IadtEntry entry, Direction direction, Slots slots) {
+Ran RunEntry(const TIAxTCommon& executor, IadtEntry entry, Direction direction, Slots slots) {
   assert(slots.size() <= std::numeric_limits<uint8_t>::max());
   IadtCommands cursor = entry.Commands();
   while (!cursor.AtEnd()) {
     if (!cursor.Fits()) return Ran::kUnknownKind;
-    if (RunCommand(*IAxTCommon, cursor.Command(), direction, slots.data(), static_cast<uint8_t>(slots.size())) == 0)
+    if (RunAccess(executor, cursor.Command(), direction, slots.data(), static_cast<uint8_t>(slots.size())) == 0)
       return Ran::kFailed;
     if (cursor.Advance() == IadtCommands::Step::kImpossible) return Ran::kUnknownKind;
   }
   return Ran::kDone;
 }
 
-void RunSensorCommand(IadtEntry entry, uint8_t offset, unsigned long long* value) {
+void RunSensorCommand(const TIAxTCommon& executor, IadtEntry entry, uint8_t offset, unsigned long long* value) {
   unsigned char* const command = entry.Record() + offset;
   const size_t kept = entry.KeptBytes() - offset;
   if (kept >= kLongestCommand) {
-    RunCommand(*IAxTCommon, command, kGet, value, 1);
+    RunAccess(executor, command, kGet, value, 1);
     return;
   }
   unsigned char copy[kLongestCommand] = {};
   std::memcpy(copy, command, kept);
-  RunCommand(*IAxTCommon, copy, kGet, value, 1);
+  RunAccess(executor, copy, kGet, value, 1);
   std::memcpy(command, copy, kept);  // a command may keep a value in its own masks
 }
 
-}  // namespace api
+}  // namespace tables

@@ -1,13 +1,14 @@
 /// Running the access commands of one list entry.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <span>
 
 #include "tables/TIADTable.h"
 
-namespace api {
+class TIAxTCommon;
+
+namespace tables {
 
 enum Direction : uint8_t { kGet = 0, kSet = 1 };
 
@@ -22,10 +23,10 @@ enum class Ran {
 
 /// Runs the commands of an ordinary entry in order, up to the first that fails. A command whose form does not fit its
 /// kind is run again and again until it fails.
-Ran RunEntry(IadtEntry entry, Direction direction, Slots slots);
+Ran RunEntry(const TIAxTCommon& executor, IadtEntry entry, Direction direction, Slots slots);
 
 /// Runs the command at a fixed offset of a sensor record, reading into `*value`; its outcome is not told. Bytes that
 /// the node did not keep count as 0.
-void RunSensorCommand(IadtEntry entry, uint8_t offset, unsigned long long* value);
+void RunSensorCommand(const TIAxTCommon& executor, IadtEntry entry, uint8_t offset, unsigned long long* value);
 
-}  // namespace api
+}  // namespace tables
