@@ -44,7 +44,7 @@ TInterpreter::TInterpreter() : Hardware(TReadWrite::GetInstance()) {}
   return BreakIfNonzero && result != 0;
 }
 
-[[gnu::always_inline]] inline bool TInterpreter::RunCommand(const script::Statement& statement, unsigned int* result) {
+[[gnu::always_inline]] inline bool TInterpreter::RunWord(const script::Statement& statement, unsigned int* result) {
   const script::Command& command = *statement.command;
   for (size_t i = 0; i < statement.operandCount; ++i) {
     const script::Operand& operand = statement.operands[i];
@@ -59,7 +59,7 @@ TInterpreter::TInterpreter() : Hardware(TReadWrite::GetInstance()) {}
 
 bool TInterpreter::RunWords(const script::Statement& statement, unsigned int* result) {
   const ArgumentScope words(*this, statement.words);
-  return RunCommand(statement, result);
+  return RunWord(statement, result);
 }
 
 [[gnu::always_inline]] inline bool TInterpreter::Run(const script::Statement& statement, unsigned int* result) {
@@ -67,7 +67,7 @@ bool TInterpreter::RunWords(const script::Statement& statement, unsigned int* re
   BreakIfZero = statement.breakIfZero;
   BreakIfNonzero = statement.breakIfNonzero;
   Target = statement.target;
-  if (statement.kind == Kind::kCommand) return RunCommand(statement, result);
+  if (statement.kind == Kind::kCommand) return RunWord(statement, result);
   switch (statement.kind) {
     case Kind::kWords:
       return RunWords(statement, result);

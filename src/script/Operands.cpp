@@ -44,7 +44,11 @@ int ParseSlot(std::string_view digits) {
   return slot >= 0 && slot < TInterpreter::kVariables ? static_cast<int>(slot) : -1;
 }
 
-bool ParseOperand(std::string_view word, Operand* operand) {
+bool ParseOperand(std::string_view word, Operand* operand, std::string_view open) {
+  if (!open.empty() && word == open) {
+    *operand = {.isLocal = true, .number = Operand::kOpenSlot};
+    return true;
+  }
   // A number with the suffix "H" is none; this is meant.
   if (!word.starts_with("LOCAL")) return ParseNumber(word, &operand->number);
   const int slot = ParseSlot(word.substr(5));

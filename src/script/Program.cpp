@@ -12,7 +12,7 @@ constexpr size_t kPrefixLength = 5;  // of every block's opening, "LOCAL", "BKIF
 constexpr auto kNone = std::string_view::npos;
 
 /// Parses a command and its operands into `statement`, which fails as long as something is missing.
-void ParseCommand(std::string_view text, Statement* statement) {
+void ParseCommand(std::string_view text, std::string_view open, Statement* statement) {
   const size_t space = text.find(' ');
   if (space == kNone) return;
   const Command* command = FindCommand(text.substr(0, space));
@@ -26,7 +26,7 @@ void ParseCommand(std::string_view text, Statement* statement) {
     if (arguments.empty() && i < command->operands) return;
     if (arguments.empty())
       operand->number = command->extras.otherwise;
-    else if (!ParseOperand(CutBefore(&arguments, ' '), operand))
+    else if (!ParseOperand(CutBefore(&arguments, ' '), operand, open))
       return;
   }
   statement->operandCount = static_cast<unsigned char>(most);
@@ -34,33 +34,33 @@ void ParseCommand(std::string_view text, Statement* statement) {
 }
 
 /// 'LOCALx', 'LOCALx=operand' or 'LOCALx=command'.
-Statement ParseAssignment(std::string_view text) {
+Statement ParseAssignment(std::string_view text, std::string_view open) {
   Statement statement;
   const int slot = ParseSlot(text.substr(kPrefixLength));
   if (slot < 0) return statement;
   statement.target = slot;
   const size_t equals = text.find('=');
   if (equals != kNone) text = Trimmed(text.substr(equals + 1));
-  if (ParseOperand(text, &statement.operands[0]))
+  if (ParseOperand(text, &statement.operands[0], open))
     statement.kind = Statement::Kind::kCopy;
   else
-    ParseCommand(text, &statement);
+    ParseCommand(text, open, &statement);
   return statement;
 }
 
 /// Adds the statements up to the first that fails: none behind it can run.
-void AddStatements(std::string_view text, Program* program) {
+void AddStatements(std::string_view text, std::string_view open, Program* program) {
   while (!text.empty()) {
     const std::string_view piece = Trimmed(CutBefore(&text, ';'));
     if (piece.empty()) continue;
-    program->statements.push_back(ParseStatement(piece));
+    program->statements.push_back(ParseStatement(piece, open));
     if (program->statements.back().kind == Statement::Kind::kFails) return;
   }
 }
 
 class ScriptParser {
  public:
-  explicit ScriptParser(std::string_view text) : text_(text) {
+  ScriptParser(std::string_view text, std::string_view open) : text_(text), open_(open) {
     for (Opening& opening : openings_) opening.position = text_.find(opening.word);
   }
 
@@ -110,7 +110,7 @@ class ScriptParser {
 
   void AddBlock(Block block, size_t bodyEnd, size_t next) {
     block.first = program_.statements.size();
-    AddStatements(text_.substr(cursor_, bodyEnd - cursor_), &program_);
+    AddStatements(text_.substr(cursor_, bodyEnd - cursor_), open_, &program_);
     block.end = program_.statements.size();
     program_.blocks.push_back(block);
     cursor_ = next;
@@ -126,7 +126,7 @@ class ScriptParser {
     while (cursor_ < text_.size() && text_[cursor_] == ' ') ++cursor_;
   }
 
-  std::string_view text_;
+  std::string_view text_, open_;
   size_t cursor_ = 0;
   bool malformed_ = false;
   Opening openings_[3] = {{"CMDS{", Block::Kind::kOnce}, {"WAIT{", Block::Kind::kWait}, {"LOOP{", Block::Kind::kLoop}};
@@ -147,8 +147,8 @@ std::string_view CutBefore(std::string_view* text, char separator) {
   return cut;
 }
 
-Statement ParseStatement(std::string_view text) {
-  if (text.starts_with("LOCAL")) return ParseAssignment(text);
+Statement ParseStatement(std::string_view text, std::string_view open) {
+  if (text.starts_with("LOCAL")) return ParseAssignment(text, open);
   Statement statement;
   if (text == "RESULT") {
     statement.kind = Statement::Kind::kReport;
@@ -158,18 +158,18 @@ Statement ParseStatement(std::string_view text) {
     statement.breakIfZero = text.starts_with("BKIF0");
     statement.breakIfNonzero = text.starts_with("BKIF1");
     const bool breaks = statement.breakIfZero || statement.breakIfNonzero;
-    ParseCommand(breaks ? Trimmed(text.substr(kPrefixLength)) : text, &statement);
+    ParseCommand(breaks ? Trimmed(text.substr(kPrefixLength)) : text, open, &statement);
   }
   return statement;
 }
 
 Program ParseStatements(std::string_view text) {
   Program program;
-  AddStatements(text, &program);
+  AddStatements(text, {}, &program);
   program.blocks.push_back({.end = program.statements.size()});
   return program;
 }
 
-Program ParseScript(std::string_view text) { return ScriptParser(text).Parse(); }
+Program ParseScript(std::string_view text, std::string_view open) { return ScriptParser(text, open).Parse(); }
 
 }  // namespace script

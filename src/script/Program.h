@@ -17,6 +17,11 @@ struct Command;
 
 /// A word that has a value: a number, or the variable in slot `number`.
 struct Operand {
+  /// The slot of the variable that stands where a value is still to come; see `kOpenWord`.
+  static constexpr unsigned int kOpenSlot = TInterpreter::kVariables + 1;
+
+  bool IsOpen() const { return isLocal && number == kOpenSlot; }
+
   bool isLocal = false;
   unsigned int number = 0;
 };
@@ -55,12 +60,16 @@ struct Program {
   std::vector<Block> blocks;
 };
 
-/// All take normalised text, as AdjustCmdString makes it.
-Program ParseScript(std::string_view text);
+/// A word that no normalised text holds.
+inline constexpr std::string_view kOpenWord = "(";
+
+/// All take normalised text, as AdjustCmdString makes it. `open`, if not empty, is a word that counts as the variable
+/// of the open slot; whoever asks for it puts a value there before the program runs.
+Program ParseScript(std::string_view text, std::string_view open = {});
 Program ParseStatements(std::string_view text);
-Statement ParseStatement(std::string_view text);
+Statement ParseStatement(std::string_view text, std::string_view open = {});
 /// @return whether the word is a number or a variable
-bool ParseOperand(std::string_view word, Operand* operand);
+bool ParseOperand(std::string_view word, Operand* operand, std::string_view open = {});
 /// The slot that the digits behind "LOCAL" name (what follows a "=" left out), or -1.
 int ParseSlot(std::string_view digits);
 

@@ -14,27 +14,30 @@ Program Parse(const VynString& text) {
   return ParseScript(View(normalised));
 }
 
-Program ParseWith(const VynString& prefix, unsigned int value) { return Parse(prefix + " " + IntToStr(value)); }
+/// The prefix with the open word behind it.
+Program ParseOpen(const VynString& prefix) {
+  std::string text(View(TInterpreter::AdjustCmdString(prefix + " 0")));
+  text.replace(text.size() - 1, 1, kOpenWord);
+  return ParseScript(text, kOpenWord);
+}
 
 template <typename Map>
 void Limit(Map& map) {
   if (map.size() >= kMostTexts) map.clear();
 }
 
-/// The operand of `program` that differs from `other`, a parsing of the same prefix with another value.
-Operand* FindPlace(Program& program, const Program& other) {
-  for (size_t i = 0; i < program.statements.size(); ++i)
-    for (size_t k = 0; k < program.statements[i].operands.size(); ++k)
-      if (program.statements[i].operands[k].number != other.statements[i].operands[k].number)
-        return &program.statements[i].operands[k];
+/// The operand that is still to come; null when the value counts for nothing.
+Operand* FindPlace(Program& program) {
+  for (Statement& statement : program.statements)
+    for (Operand& operand : statement.operands)
+      if (operand.IsOpen()) return &operand;
   return nullptr;
 }
 
-bool SameWords(const Program& program, const Program& other) {
-  if (program.statements.size() != other.statements.size()) return false;
-  for (size_t i = 0; i < program.statements.size(); ++i)
-    if (program.statements[i].words != other.statements[i].words) return false;
-  return true;
+bool IsWord(const Program& program) {
+  for (const Statement& statement : program.statements)
+    if (statement.words.find(kOpenWord) != std::string::npos) return true;
+  return false;
 }
 
 }  // namespace
@@ -51,15 +54,14 @@ const Program& ScriptCache::GetWith(const VynString& prefix, unsigned int value)
   if (found == prefixes_.end()) {
     Limit(prefixes_);
     found = prefixes_.emplace(View(prefix), std::nullopt).first;
-    Program program = ParseWith(prefix, 0);
-    const Program other = ParseWith(prefix, 1);
-    if (SameWords(program, other)) {
+    Program program = ParseOpen(prefix);
+    if (!IsWord(program)) {
       Prefix& kept = found->second.emplace(Prefix{std::move(program)});
-      kept.place = FindPlace(kept.program, other);
+      kept.place = FindPlace(kept.program);
     }
   }
-  if (!found->second) return single_ = ParseWith(prefix, value);
-  if (found->second->place != nullptr) found->second->place->number = value;
+  if (!found->second) return single_ = Parse(prefix + " " + IntToStr(value));
+  if (found->second->place != nullptr) *found->second->place = {.isLocal = false, .number = value};
   return found->second->program;
 }
 

@@ -100,7 +100,7 @@ class TInterpreter {
   bool RunRounds(const script::Program& program, const script::Block& block, unsigned int* result);
   bool RunStatements(const script::Program& program, const script::Block& block, unsigned int* result);
   bool Run(const script::Statement& statement, unsigned int* result);
-  bool RunCommand(const script::Statement& statement, unsigned int* result);
+  bool RunWord(const script::Statement& statement, unsigned int* result);
   bool RunWords(const script::Statement& statement, unsigned int* result);
   bool Report(unsigned int value, unsigned int* result);
   bool BreaksAt(unsigned int result) const;
