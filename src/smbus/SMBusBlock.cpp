@@ -56,13 +56,15 @@ bool TSMBus::SendBlock(unsigned char address, const unsigned char* buffer, unsig
 int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int* count,
                            VynString baseScript) {
   int received = 0;
-  const int done = Transact(baseScript, [&] { return ReceiveBlock(address, buffer, command, &received); });
+  const int done = Begin(baseScript) ? End(ReceiveBlock(address, buffer, command, &received)) : 0;
   if (count) *count = received;
   return done;
 }
 int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int* count) {
   if (count) *count = 0;
-  return TryBases([&](const VynString& base) { return ReadSmbusBlock(address, buffer, command, count, base); });
+  for (const VynString* base : BaseScripts())
+    if (!base->IsEmpty() && ReadSmbusBlock(address, buffer, command, count, *base) != 0) return 1;
+  return 0;
 }
 int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer, int* count) {
   return ReadSmbusBlock(address, buffer, 0, count);
@@ -77,10 +79,12 @@ int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer) {
 int TSMBus::WriteSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int count,
                             VynString baseScript) {
   if (count < 1 || count > kBlockBytes) return 0;
-  return Transact(baseScript, [&] { return SendBlock(address, buffer, command, count); });
+  return Begin(baseScript) ? End(SendBlock(address, buffer, command, count)) : 0;
 }
 int TSMBus::WriteSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int count) {
-  return TryBases([&](const VynString& base) { return WriteSmbusBlock(address, buffer, command, count, base); });
+  for (const VynString* base : BaseScripts())
+    if (!base->IsEmpty() && WriteSmbusBlock(address, buffer, command, count, *base) != 0) return 1;
+  return 0;
 }
 int TSMBus::WriteSmbusBlock(unsigned char address, unsigned char* buffer, int count) {
   return WriteSmbusBlock(address, buffer, 0, count);
@@ -106,8 +110,11 @@ int TSMBus::WriteSmbusWordCmd(unsigned char address, unsigned char command, unsi
 
 int TSMBus::SelectAndMove(const SMBusProtocol& protocol, const Span& span, unsigned char value) {
   const Span selection = {span.address, &value, span.command, 1, 0};
-  const auto both = [&] { return Move(kSMBusByteWrite, selection) && Move(protocol, span); };
-  return TryBases([&](const VynString& base) { return Transact(base, both); });
+  for (const VynString* base : BaseScripts()) {
+    if (base->IsEmpty() || !Begin(*base)) continue;
+    if (End(Move(kSMBusByteWrite, selection) && Move(protocol, span)) != 0) return 1;
+  }
+  return 0;
 }
 int TSMBus::ReadSmbusCmd(unsigned char address, unsigned char command, unsigned char value, unsigned char* buffer,
                          int count) {

@@ -1,3 +1,4 @@
+// Detection, the transaction around every transfer, bytes and words.
 #include "smbus/TSMBus.h"
 
 #include "smbus/SMBusProtocol.h"
@@ -71,26 +72,20 @@ void TSMBus::Select(unsigned char address, bool read, unsigned int command) {
   RunWith(CommandPrefix, command);
 }
 
-int TSMBus::Transact(const VynString& baseScript, const std::function<bool()>& transfers) {
+bool TSMBus::Begin(const VynString& baseScript) {
   Interpreter = std::make_unique<TInterpreter>();
   Run(DetectScript);
   Run(EnableScript);
   Run(baseScript);
-  if (!Idle()) {
-    Run(RestoreScript);
-    return 0;
-  }
-  const bool done = transfers();
+  if (Idle()) return true;
+  Run(RestoreScript);
+  return false;
+}
+
+int TSMBus::End(bool done) {
   Run(WaitIdleScript);
   Run(RestoreScript);
   return done ? 1 : 0;
-}
-
-int TSMBus::TryBases(const std::function<int(const VynString&)>& attempt) {
-  const VynString* const bases[] = {&BaseScript1, &BaseScript2, &BaseScript3, &BaseScript4};
-  for (const VynString* base : bases)
-    if (!base->IsEmpty() && attempt(*base) != 0) return 1;
-  return 0;
 }
 
 // --- bytes and words ---
@@ -131,11 +126,13 @@ bool TSMBus::Move(const SMBusProtocol& protocol, const Span& span) {
 }
 
 int TSMBus::MoveThrough(const SMBusProtocol& protocol, const Span& span, const VynString& baseScript) {
-  return Transact(baseScript, [&] { return Move(protocol, span); });
+  return Begin(baseScript) ? End(Move(protocol, span)) : 0;
 }
 
 int TSMBus::MoveAnywhere(const SMBusProtocol& protocol, const Span& span) {
-  return TryBases([&](const VynString& base) { return MoveThrough(protocol, span, base); });
+  for (const VynString* base : BaseScripts())
+    if (!base->IsEmpty() && MoveThrough(protocol, span, *base) != 0) return 1;
+  return 0;
 }
 
 int TSMBus::ReadSmbusByte(unsigned char address, unsigned char* buffer, unsigned char command, int count,

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <functional>
+#include <array>
 #include <memory>
 
 #include "script/ScriptCache.h"
@@ -45,7 +45,7 @@ class TSMBus : public TSMBusHost, public TSMBusCfg {
   /// Destroys the instance, if there is one.
   static void FreeInstance();
 
-  /// Detects.
+  /// Detects at once: whoever makes the instance first, as the executor does in VynLibDllInit, runs the detection.
   TSMBus();
 
   /// Takes the first record of the registry, in its order, whose DetectScript gives 0. None without I/O privilege.
@@ -140,8 +140,13 @@ class TSMBus : public TSMBusHost, public TSMBusCfg {
   bool Idle();
   bool Failed();
   void Select(unsigned char address, bool read, unsigned int command);
-  int Transact(const VynString& baseScript, const std::function<bool()>& transfers);
-  int TryBases(const std::function<int(const VynString&)>& attempt);
+  /// A transaction up to its transfers; false, and all put back, when the host is not idle.
+  bool Begin(const VynString& baseScript);
+  /// Ends a transaction whose transfers were `done` or not, which is the result.
+  int End(bool done);
+  std::array<const VynString*, 4> BaseScripts() const {
+    return {&BaseScript1, &BaseScript2, &BaseScript3, &BaseScript4};
+  }
 
   Moved MoveElement(const SMBusProtocol& protocol, unsigned char address, unsigned int command, unsigned char* data);
   bool Move(const SMBusProtocol& protocol, const Span& span);

@@ -21,6 +21,7 @@ class TIAxTCommon {
   /// Also frees the TSMBus singleton.
   static void FreeInstance();
 
+  /// Makes the TSMBus singleton where there is none, which detects the SMBus controller.
   TIAxTCommon();
   TIAxTCommon(const TIAxTCommon&) = delete;
   TIAxTCommon& operator=(const TIAxTCommon&) = delete;
