@@ -98,8 +98,9 @@ std::optional<int> Begin(uint8_t selector) {
 /// The walk over a fan's entries that `wants` picks.
 template <typename Wants, typename Done>
 int WalkFan(std::string_view fan, Direction direction, Slots slots, SubCode failed, Wants wants, Done done) {
-  return Walk({Entries(kFanList), FanCode(failed), FanCode(kNoMatch)}, direction, slots,
-              [&](IadtEntry entry) { return IsEntryOf(entry, fan) && wants(entry); }, done);
+  return Walk(
+      {Entries(kFanList), FanCode(failed), FanCode(kNoMatch)}, direction, slots,
+      [&](IadtEntry entry) { return IsEntryOf(entry, fan) && wants(entry); }, done);
 }
 
 using FanName = std::array<char, VYNLIB_NAME_BYTES>;

@@ -12,10 +12,6 @@
 
 using namespace layout;
 
-namespace {
-constexpr unsigned long long kNotFound = 0xFFFFFFFF;
-}  // namespace
-
 TVyn::TVyn() : BiosInfoFound(0), BiosInfo{}, ReadWrite(TReadWrite::GetInstance()) {
   BiosInfoFound = static_cast<unsigned char>(GetVynmarBiosInfo(&BiosInfo));
   if (BiosInfoFound == 0) std::puts("Is Core8 ... ???");
@@ -32,7 +28,7 @@ int TVyn::GetVynmarBiosInfo(_VYNMAR_BIOS_INFO* record) {
   for (unsigned int start = acpi::kBiosArea;;) {
     const unsigned long long address =
         ReadWrite->MemoryFindData(start, kAreaEnd - start, 1, 0, signature, sizeof signature, false);
-    if (address == kNotFound) return 0;
+    if (address == TReadWrite::kNotFound) return 0;
     ReadWrite->MemoryReadBlock(address, record, sizeof *record);
     if (BiosInfoChecksum(record, sizeof *record) != 0) return 1;
     start = static_cast<unsigned int>(address) + 1;

@@ -14,7 +14,6 @@ enum AccessWidth : unsigned { kBytes = 0, kWords = 1, kDwords = 2 };
 
 constexpr unsigned kPageBytes = 256;
 constexpr uint32_t kSpanBytes = 4096;
-constexpr uint64_t kNotFound = 0xFFFFFFFF;
 
 template <typename T>
 T ReadValue(TReadWrite& rw, uint64_t address) {

@@ -9,7 +9,6 @@ namespace {
 enum SearchMode : uint8_t { kByDevice = 0, kByClass = 1 };
 
 constexpr uint32_t kAbsent = 0xFFFFFFFF;
-constexpr uint32_t kNotFound = 0xFFFFFFFF;
 constexpr uint16_t kIdRegister = 0x00;
 constexpr uint16_t kStatusRegister = 0x06;
 constexpr uint16_t kClassRegister = 0x08;
@@ -56,7 +55,7 @@ uint32_t WalkFunctions(TReadWrite& rw, Wanted wanted) {
         if (wanted(b, d, static_cast<uint8_t>(function))) return Word(bus, device, function);
     }
   }
-  return kNotFound;
+  return TReadWrite::kNotFound;
 }
 
 /// Walks one capability list, leaving the offset last read in `*offset`; `*index` matches are passed over.

@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr unsigned int kBaseUnknown = 0xFFFFFFFF;
 /// Registers below this one can be reached through the ports.
 constexpr unsigned kPortRegisters = 0x100;
 constexpr unsigned kDwords = 1024;
@@ -101,7 +100,7 @@ bool WriteSpace(TReadWrite& rw, Location at, void* buffer, const Set<unsigned sh
 
 bool TReadWrite::TranslatePciEAddress(unsigned char bus, unsigned char device, unsigned char function,
                                       unsigned short reg) {
-  if (PcieBase == kBaseUnknown) return false;
+  if (PcieBase == kNoPcieBase) return false;
   PcieByteOffset = reg & 3;
   PcieAddress =
       PcieBase + (uint32_t{bus} << 20) + (uint32_t{device} << 15) + (uint32_t{function} << 12) + (reg & 0xFFCu);

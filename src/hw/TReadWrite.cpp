@@ -5,7 +5,6 @@
 #include "hw/Platform.h"
 
 namespace {
-constexpr unsigned int kPcieBaseUnknown = 0xFFFFFFFF;
 constexpr int kPortAccessLevel = 3;
 constexpr int kNoPortAccessLevel = 0;
 }  // namespace
@@ -14,7 +13,7 @@ TReadWrite* TReadWrite::g_Instance = nullptr;
 
 TReadWrite::TReadWrite()
     : IoplFailed(platform::SetIoPrivilegeLevel(kPortAccessLevel) != 0),
-      PcieBase(kPcieBaseUnknown),
+      PcieBase(kNoPcieBase),
       PcieAddress(0),
       PcieByteOffset(0),
       PciAddress(0),

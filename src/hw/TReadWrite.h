@@ -14,8 +14,11 @@ struct _PCI_SEQ_INFO;
 /// index/data and 0xCF8/0xCFC sequences are not atomic.
 class TReadWrite {
  public:
+  static constexpr unsigned int kNotFound = 0xFFFFFFFF;    ///< of searches of memory and PCI
+  static constexpr unsigned int kNoPcieBase = 0xFFFFFFFF;  ///< PcieBase while it is unknown
+
   unsigned char IoplFailed;     ///< nonzero when the I/O privilege level could not be raised
-  unsigned int PcieBase;        ///< physical base of the enhanced configuration space; 0xFFFFFFFF when unknown
+  unsigned int PcieBase;        ///< physical base of the enhanced configuration space, or kNoPcieBase
   unsigned int PcieAddress;     ///< physical address composed by the last PCI Express translation
   unsigned int PcieByteOffset;  ///< low two bits of the register number of that translation
   unsigned int PciAddress;      ///< value last composed for the address port 0xCF8
@@ -135,7 +138,7 @@ class TReadWrite {
 
   /// Searches `length` bytes from `start` (downwards from it when `backward`) for the match of the pattern that comes
   /// after `occurrence` earlier ones, in spans of at most 4096 bytes, comparing every `step` bytes (0 counts as 1).
-  /// @return the physical address, or 0xFFFFFFFF when there is none. A pattern longer than a span finds nothing.
+  /// @return the physical address, or kNotFound when there is none. A pattern longer than a span finds nothing.
   unsigned long long MemoryFindData(unsigned long long start, unsigned int length, unsigned int step,
                                     unsigned int occurrence, unsigned char* pattern, unsigned int patternLength,
                                     bool backward);
@@ -187,7 +190,7 @@ class TReadWrite {
 
   /// Finds the match after `index` earlier ones. Mode 0: `id` is device << 16 | vendor, 0xFFFF in either half matches
   /// any. Mode 1: `id` is the 24-bit class code, 0xFF in a byte matches any, but not in all three.
-  /// @return the bus/device/function word, or 0xFFFFFFFF.
+  /// @return the bus/device/function word, or kNotFound.
   unsigned int FindPci(unsigned int id, unsigned char index, unsigned char mode);
   unsigned int FindPciDevice(unsigned int id, unsigned char index);
   unsigned int FindPciDevice(unsigned int id);

@@ -5,6 +5,7 @@
 
 #include <safe_mem_lib.h>
 
+#include "hw/TReadWrite.h"
 #include "layout/AcpiLayout.h"
 #include "layout/LittleEndian.h"
 #include "tables/TAcpiBase.h"
@@ -63,7 +64,7 @@ void TAcpiBase::BuildECDT(unsigned char* table) {
 
 void TAcpiBase::BuildMCFG(unsigned char* table) {
   using namespace acpi::mcfg;
-  PcieBase = 0xFFFFFFFF;
+  PcieBase = TReadWrite::kNoPcieBase;
   if ((LengthOf(table) - kAllocations) / kAllocationBytes >= 1) PcieBase = Load32(table + kAllocations);
 }
 

@@ -15,8 +15,6 @@ using namespace layout;
 namespace {
 
 constexpr uint32_t kParagraph = 16;
-constexpr uint32_t kNoPcieBase = 0xFFFFFFFF;
-constexpr uint64_t kNotFound = 0xFFFFFFFF;
 
 /// Far above what firmware publishes.
 constexpr unsigned kMostSsdtCandidates = 0x10000;
@@ -67,7 +65,7 @@ TAcpiBase::TAcpiBase()
     : ReadWrite(TReadWrite::GetInstance()),
       DsdtHeader{},
       DsdtAddress(0),
-      PcieBase(kNoPcieBase),
+      PcieBase(TReadWrite::kNoPcieBase),
       RsdpFound(0),
       Tables(std::make_unique<TableList>()),
       Current(nullptr),
@@ -90,7 +88,7 @@ bool TAcpiBase::Read(uint32_t address, void* buffer, uint32_t count) {
 
 /// Searches every 16 bytes, where ACPI places its structures in memory that no pointer leads to.
 uint64_t TAcpiBase::Find(uint64_t start, uint32_t length, const char* text) {
-  if (ReadWrite == nullptr) return kNotFound;
+  if (ReadWrite == nullptr) return TReadWrite::kNotFound;
   unsigned char pattern[sizeof acpi::rsdp::kSignature];
   const auto bytes = static_cast<uint32_t>(strnlen(text, sizeof pattern));
   std::memcpy(pattern, text, bytes);
@@ -100,7 +98,8 @@ uint64_t TAcpiBase::Find(uint64_t start, uint32_t length, const char* text) {
 void TAcpiBase::BuildRSDP() {
   const uint64_t address = Find(acpi::kBiosArea, acpi::kBiosAreaBytes, acpi::rsdp::kSignature);
   // Only the first copy of the signature is tried.
-  if (address == kNotFound || !VerifyRSDP(static_cast<uint32_t>(address))) std::puts("TAcpiBase::BuildRSDP Failed !!");
+  if (address == TReadWrite::kNotFound || !VerifyRSDP(static_cast<uint32_t>(address)))
+    std::puts("TAcpiBase::BuildRSDP Failed !!");
 }
 
 bool TAcpiBase::VerifyRSDP(unsigned int address) {
@@ -159,7 +158,7 @@ void TAcpiBase::SetupSSDTEx() {
   // The next match is looked for behind the last, so that an area full of signatures costs one walk.
   for (uint64_t next = start; candidateBudget_ > 0; --candidateBudget_) {
     const uint64_t found = Find(next, area, "SSDT");
-    if (found == kNotFound) return;
+    if (found == TReadWrite::kNotFound) return;
     area -= static_cast<uint32_t>(found + kParagraph - next);
     next = found + kParagraph;
     const auto address = static_cast<uint32_t>(found);

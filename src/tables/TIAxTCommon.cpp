@@ -220,8 +220,8 @@ void TIAxTCommon::FreeInstance() {
 
 TIAxTCommon::TIAxTCommon() : ReadWrite(TReadWrite::GetInstance()), SMBus(TSMBus::GetInstance()) {}
 
-int tables::RunAccess(const TIAxTCommon& executor, unsigned char* command, unsigned char direction, unsigned long long* args,
-               unsigned char count) {
+int tables::RunAccess(const TIAxTCommon& executor, unsigned char* command, unsigned char direction,
+                      unsigned long long* args, unsigned char count) {
   const uint16_t control = Load16(command + kControlOffset);
   const uint8_t opcode = *command & kOpcodeMask;
   if ((control & (direction == 0 ? kGetWrites : kSetWrites)) != 0)

@@ -103,7 +103,7 @@ TEST_F(Fits, WhenAllBytesOfTheCommandBelongToTheEntry) {
       const size_t bytes = whole ? each.bytes : each.bytes - 1;
       const IadtEntry entry = EntryOf({Command::Raw(sim::Bytes(bytes, 0)).Byte(0, each.opcode)});
       EXPECT_EQ(entry.Commands().Fits(), whole) << int{each.opcode};
-      }
+    }
   }
 }
 
@@ -122,7 +122,8 @@ TEST_F(RunEntry, FailsAtTheFirstCommandThatDoes) {
 
 TEST_F(RunEntry, EndsAtAKindThatCannotBeSteppedOver) {
   board.Ports(0x300, {1});
-  EXPECT_EQ(Run(EntryOf({PortIs(0x300, 1), Command::Raw({0x19, 0, 0, 0, 0, 0, 0, 0}), PortIs(0x300, 1)})), Ran::kUnknownKind);
+  EXPECT_EQ(Run(EntryOf({PortIs(0x300, 1), Command::Raw({0x19, 0, 0, 0, 0, 0, 0, 0}), PortIs(0x300, 1)})),
+            Ran::kUnknownKind);
   EXPECT_EQ(board.PortLog().size(), 1u);
 }
 
