@@ -113,7 +113,7 @@ void VynLibGetWhichIOToBeUse(uint8_t kind, const char* name, uint8_t* io) {
   uint8_t number = 0;
   std::optional<IadtEntry> entry;
   if (kind >= 1 && kind <= kLastBoardKind) {
-    // Nothing is looked up right after a call that ended with this code; this is meant.
+    // Contract: nothing is looked up right after a call that ended with this code.
     if (LastErrorCode != kNoIdEntry) LookUp(0, &number);
   } else if (kind == kWatchdogKind || kind == kFanKind) {
     LastErrorCode = kNoIdEntry;

@@ -11,7 +11,7 @@ namespace api {
 
 enum class Shape : uint8_t { kRead, kWrite, kIndexedRead, kIndexedWrite, kVersion };
 
-/// The selector values that perform; 0 asks in all of them. The asymmetries between functions are the contract.
+/// The selector values that perform; 0 asks in all of them. Contract: functions differ in them.
 enum class Perform : uint8_t { kOneOrTwo, kTwo };
 
 /// What a few functions do differently.
@@ -76,7 +76,7 @@ inline constexpr FeatureRow kFeatures[] = {
   {"VynLibGetUserLEDState",          kRead,         38, kUserLedState,  kOneOrTwo, 0x01, 0x01},
   {"VynLibSetUserLEDState",          kWrite,        38, kUserLedState,  kOneOrTwo, 0x02, 0x03},
   {"VynLibGetUserLEDColor",          kIndexedRead,  39, kUserLedColor,  kOneOrTwo, 0x01, 0x04},
-  // An absent list is reported under the debug LED family on a perform call; this is meant.
+  // Contract: an absent list is reported under the debug LED family on a perform call.
   {"VynLibSetUserLEDColor",          kIndexedWrite, 39, kUserLedColor,  kOneOrTwo, 0x02, 0x04, {.absentFamily = kDebugLedColor}},
   {"VynLibGetJGPIOPowerState",       kRead,         40, kJgpioPower,    kOneOrTwo, 0x01, 0x01},
   {"VynLibSetJGPIOPowerState",       kWrite,        40, kJgpioPower,    kOneOrTwo, 0x02, 0x03},

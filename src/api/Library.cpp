@@ -29,7 +29,7 @@ int VynLibDllInit() {
   LastErrorCode = kOk;
   rw = TReadWrite::GetInstance();
   if (rw == nullptr) return Fail(kNotInitialised);
-  vyn = new TVyn;  // one left by an earlier start without a tear-down is dropped; this is the contract
+  vyn = new TVyn;  // Contract: one left by an earlier start without a tear-down is dropped
   Acpi = TAcpiBase::GetInstance();
   IAMTable = TIAMTable::GetInstance();
   IADTable = TIADTable::GetInstance();
@@ -54,7 +54,7 @@ int VynLibDllUnInit() {
   rw = nullptr;
   Acpi = nullptr;
   LastErrorCode = kOk;
-  return 1;  // InitOk stays 1; this is meant
+  return 1;  // Contract: InitOk stays 1
 }
 
 uint64_t VynLibDllGetLastError() { return LastErrorCode; }

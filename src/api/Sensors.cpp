@@ -71,7 +71,7 @@ float Volts(unsigned long long raw, uint8_t upper, uint8_t lower, uint8_t milliv
   return static_cast<float>(static_cast<double>(millivolts) * kVoltsPerMillivolt);
 }
 
-/// A raw 0 means no reading, so a true 0 V is never reported; this is meant.
+/// Contract: a raw 0 means no reading, so a true 0 V is never reported.
 template <uint8_t kind, uint8_t noReading>
 uint8_t VoltageBy8(const uint8_t* record, const Raw& raw, float* volts) {
   if (raw.a == 0) return noReading;
@@ -96,7 +96,7 @@ constexpr SensorList<float> kVoltages[] = {
 constexpr const RecordType& kTemperature1 = Sensor("temperature", 1);
 constexpr const RecordType& kTemperature3 = Sensor("temperature", 3);
 
-/// The fraction is added to a negative integer part too: -10 and 0.5 give -9.5; this is meant.
+/// Contract: the fraction is added to a negative integer part too: -10 and 0.5 give -9.5.
 uint8_t WholeAndFraction(const uint8_t* record, const Raw& raw, float* celsius) {
   const uint8_t divisor = record[At(kTemperature1, "divisor")];
   const unsigned long long whole = ShiftRight(raw.a, record[At(kTemperature1, "shift")]);
@@ -116,7 +116,7 @@ uint8_t SignedByte(const uint8_t*, const Raw& raw, float* celsius) {
   return kReadingCounts;
 }
 
-/// The difference is unsigned: a larger second field wraps to about 1.8e19; this is meant.
+/// Contract: the difference is unsigned: a larger second field wraps to about 1.8e19.
 uint8_t FieldDifference(const uint8_t* record, const Raw& raw, float* celsius) {
   const auto field = [=](unsigned long long value, uint8_t shift, uint8_t width) {
     return ShiftRight(value, record[shift]) & LowBits(record[width]);
@@ -159,7 +159,7 @@ uint8_t PlainSpeed(const uint8_t*, const Raw& raw, uint16_t* rpm) {
   return kReadingCounts;
 }
 
-/// Counts below 23 give speeds that wrap in 16 bits; this is meant.
+/// Contract: counts below 23 give speeds that wrap in 16 bits.
 uint8_t SpeedOfPeriod(const uint8_t*, const Raw& raw, uint16_t* rpm) {
   constexpr uint32_t kCountsPerMinute = 1500000;
   const uint32_t count = Count(raw);
@@ -287,7 +287,7 @@ int GetNames(const Quantity<T>& quantity, char** names, uint8_t* count, uint8_t 
     StoreResult(count, sensors);
     return Succeed();
   }
-  // Success without a copy, and the last error left alone, for a count that differs; this is meant.
+  // Contract: success without a copy, and the last error left alone, for a count that differs.
   if (count == nullptr || *count != sensors) return InitOk;
   return CopyNames(quantity, names, sensors);
 }
@@ -296,7 +296,7 @@ int GetNames(const Quantity<T>& quantity, char** names, uint8_t* count, uint8_t 
 
 int VynLibGetVoltage(const char* name, float* volts, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
-  // Yes on a board without any voltage list, no on one with the third alone; this is meant.
+  // Contract: yes on a board without any voltage list, no on one with the third alone.
   if (selector == kQuery) return Answer(Has(kVoltage1.list) || Has(kVoltage2.list) || !Has(kVoltage3.list), kVoltage);
   return ReadSensor(kVoltageQuantity, name, volts, selector);
 }

@@ -15,7 +15,7 @@ void RemoveSubStr(size_t size, char* text, std::string_view pattern);
 
 /// Whether the text `wanted` counts as found in `name`: over all positions of `name` that hold the first character of
 /// `wanted` and leave room for it, the number of equal characters is added up, and the sum must come to the length of
-/// `wanted` exactly. Partial matches at several positions add up; this is the contract.
+/// `wanted` exactly. Contract: partial matches at several positions add up.
 bool FanNameMatches(std::string_view name, std::string_view wanted);
 
 }  // namespace api

@@ -24,7 +24,7 @@ struct Codes {
   uint8_t noEntry, failed;
 };
 
-// Activation and interval share a no-entry code; this is meant.
+// Contract: activation and interval share a no-entry code.
 constexpr Codes kActivation{0x08, 0x01};
 constexpr Codes kSettingInterval{0x08, 0x03};
 constexpr Codes kGettingInterval{0x08, 0x02};
@@ -80,13 +80,13 @@ int VynLibWDTEnable(uint8_t interval, uint8_t mode, uint8_t selector) {
   VynLibWDTSetCountMode(mode, selector);
   if (WDTSetInterval(interval) == 0) return 0;
   WDTCounting(1);
-  return InitOk;  // a failed mode or start is tolerated, its code left for the caller; this is meant
+  return InitOk;  // Contract: a failed mode or start is tolerated, its code left for the caller
 }
 
 int VynLibWDTDisable(uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (IsPerform(selector)) WDTCounting(0);
-  platform::SleepMicroseconds(kStopMicroseconds);  // on the query and bad-selector paths too; this is meant
+  platform::SleepMicroseconds(kStopMicroseconds);  // Contract: on the query and bad-selector paths too
   if (selector == kQuery) return QueryWatchdog();
   if (!IsPerform(selector)) return Fail(kBadSelector);
   if (WDTSetInterval(0) == 0) return 0;

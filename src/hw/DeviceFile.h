@@ -34,7 +34,7 @@ class MemoryMapping {
     if (!file_.IsOpen()) return;
     offset_ = static_cast<size_t>(address % platform::PageSize());
     length_ = offset_ + count;
-    // Length 0, of count 0 on a page boundary, is asked for too and refused. This is meant.
+    // Contract: length 0, of count 0 on a page boundary, is asked for too and refused.
     base_ = platform::Map(file_.Descriptor(), address - offset_, length_, writable);
   }
   ~MemoryMapping() {

@@ -72,7 +72,7 @@ bool ReadBlock(TReadWrite& rw, uint64_t address, void* buffer, unsigned count, u
   return true;
 }
 
-/// Any other width moves nothing and succeeds. This is meant.
+/// Contract: any other width moves nothing and succeeds.
 bool WriteBlock(TReadWrite& rw, uint64_t address, const void* buffer, unsigned count, unsigned width) {
   if (!rw.CheckPrivilege()) return false;
   const hw::MemoryMapping memory(address, count, true);
@@ -193,7 +193,7 @@ unsigned long long TReadWrite::MemoryFindData(unsigned long long start, unsigned
     uint64_t address = spanStart;
     if (search.Scan(span, chunk, &address)) return address;
     if (search.Exhausted()) return kNotFound;
-    // Backward, spans do not overlap: a match across two of them is passed over. This is meant.
+    // Contract: backward, spans do not overlap: a match across two of them is passed over.
     cursor = backward ? address - chunk : address;
   }
 }

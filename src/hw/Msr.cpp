@@ -9,7 +9,7 @@
 using namespace layout;
 
 unsigned long long TReadWrite::rdmsr_on_cpu(unsigned int msr) {
-  constexpr int kCpu = 0;  // always the first CPU, whatever the name suggests; this is meant
+  constexpr int kCpu = 0;  // Contract: always the first CPU, whatever the name suggests
   platform::RunCommand("modprobe msr");
   char path[32];
   sprintf_s(path, sizeof path, "/dev/cpu/%d/msr", kCpu);
@@ -17,7 +17,7 @@ unsigned long long TReadWrite::rdmsr_on_cpu(unsigned int msr) {
   if (!device.IsOpen()) return 0;
   uint8_t bytes[8];
   if (platform::ReadAt(device.Descriptor(), bytes, sizeof bytes, msr) < static_cast<long>(sizeof bytes)) {
-    device.Abandon();  // a short read leaves the descriptor open; this is meant
+    device.Abandon();  // Contract: a short read leaves the descriptor open
     return 0;
   }
   return Load64(bytes);

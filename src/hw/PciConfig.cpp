@@ -23,7 +23,7 @@ constexpr Location Decode(uint16_t bdf) {
 
 /// Composes the address and the data port, into the scratch fields.
 void Translate(TReadWrite& rw, Location at, uint16_t reg) {
-  // Added, not ORed, and unmasked: a device above 31 or a function above 7 carries into its neighbour. This is meant.
+  // Contract: added, not ORed, and unmasked: a device above 31 or a function above 7 carries into its neighbour.
   rw.PciAddress = kEnable + (uint32_t{at.bus} << 16) + (uint32_t{at.device} << 11) + (uint32_t{at.function} << 8) +
                   (reg & 0xFCu) + (uint32_t{reg} << 16 & kExtendedRegisterBits);
   rw.PciDataPort = static_cast<uint16_t>(kDataPort + (reg & 3));
@@ -35,7 +35,7 @@ uint16_t Address(TReadWrite& rw, Location at, uint16_t reg) {
   return rw.PciDataPort;
 }
 
-/// The width is not reconciled with the alignment: a word at register 3 is read at port 0xCFF. This is meant.
+/// Contract: the width is not reconciled with the alignment: a word at register 3 is read at port 0xCFF.
 template <typename T>
 T Read(TReadWrite& rw, Location at, uint16_t reg) {
   return rw.CheckPrivilege() ? hw::In<T>(Address(rw, at, reg)) : hw::kAllOnes<T>;
@@ -48,7 +48,7 @@ bool Write(TReadWrite& rw, Location at, uint16_t reg, T value) {
   return true;
 }
 
-/// One byte per dword register is the contract of the whole-header operations. Unprivileged entries read as 0xFF.
+/// Contract: the whole-header operations move one byte per dword register. Unprivileged entries read as 0xFF.
 bool ReadHeader(TReadWrite& rw, Location at, void* buffer, const Set<unsigned char, 0, 255>& skip) {
   auto* bytes = static_cast<uint8_t*>(buffer);
   for (unsigned i = 0; i < kHeaderDwords; ++i) {

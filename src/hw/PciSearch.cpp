@@ -76,7 +76,7 @@ bool FindCapability(TReadWrite& rw, uint8_t bus, uint8_t device, uint8_t functio
 }  // namespace
 
 unsigned int TReadWrite::FindPci(unsigned int id, unsigned char index, unsigned char mode) {
-  // Functions above 0 are compared without being tested for presence. This is meant.
+  // Contract: functions above 0 are compared without being tested for presence.
   return WalkFunctions(*this, [&](uint8_t bus, uint8_t device, uint8_t function) {
     return Matches(*this, bus, device, function, id, mode) && index-- == 0;
   });

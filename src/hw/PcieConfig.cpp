@@ -66,15 +66,15 @@ bool WriteThroughMemory(TReadWrite& rw, T value) {
   return rw.MemoryWriteDword(rw.PcieAddress, dword);
 }
 
-/// Registers below 0x100 always go through the ports, even with the base known; without a base the others go to the
-/// address of the last translation. Both are the contract.
+/// Contract: registers below 0x100 always go through the ports, even with the base known; without a base the others go
+/// to the address of the last translation.
 template <typename T>
 bool Write(TReadWrite& rw, Location at, unsigned reg, T value) {
   Translate(rw, at, reg);
   return reg < kPortRegisters ? WriteThroughPorts<T>(rw, at, reg, value) : WriteThroughMemory<T>(rw, value);
 }
 
-/// The low byte of each dword register is the contract of the whole-space operations.
+/// Contract: the whole-space operations move the low byte of each dword register.
 bool ReadSpace(TReadWrite& rw, Location at, void* buffer, unsigned dwords, const Set<unsigned short, 0, 255>& skip) {
   auto* bytes = static_cast<uint8_t*>(buffer);
   for (unsigned i = 0; i < dwords; ++i)

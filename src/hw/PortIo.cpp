@@ -18,7 +18,7 @@ bool WritePort(TReadWrite& rw, uint16_t port, T value) {
   return true;
 }
 
-/// Highest index first; writes go lowest first. Both orders are the contract.
+/// Contract: highest index first; writes go lowest first.
 template <typename T>
 T ReadIndexed(TReadWrite& rw, uint16_t indexPort, uint16_t dataPort, uint8_t index) {
   if (!rw.CheckPrivilege()) return hw::kAllOnes<T>;

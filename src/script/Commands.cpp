@@ -133,7 +133,7 @@ struct ShiftLeft {
   uint32_t operator()(uint32_t a, uint32_t n) const { return a << n % 32; }
 };
 struct Complement {
-  // The second operand must be there and is ignored; this is meant.
+  // Contract: the second operand must be there and is ignored.
   uint32_t operator()(uint32_t a, uint32_t) const { return ~a; }
 };
 
@@ -162,7 +162,7 @@ constexpr Command kCommands[] = {
     {"IID32", 3, kIndexData, kHardware, Read<&Rw::IoIndexReadDword>},
     {"OID", 4, kIndexData, kHardware, Write<&Rw::IoIndexWriteByte>},
     {"OID16", 4, kIndexData, kHardware, Write<&Rw::IoIndexWriteWord>},
-    // Writes the low 16 bits only; this is meant.
+    // Contract: writes the low 16 bits only.
     {"OID32", 4, kIndexData, kHardware, Write<&Rw::IoIndexWriteWord>},
 
     {"RPCI", 4, kPciLocation, kHardware, Read<&Rw::PciReadByte>},

@@ -120,7 +120,7 @@ bool TInterpreter::ExecuteCmd(VynString statement, unsigned int* result) {
   return Run(script::ParseStatement(View(statement)), result ? result : &Result);
 }
 
-// Microseconds, whatever the name says; this is meant.
+// Contract: microseconds, whatever the name says.
 void TInterpreter::Delayms(int microseconds) { platform::SleepMicroseconds(static_cast<uint32_t>(microseconds)); }
 
 bool TInterpreter::Run(const script::Program& program, const script::Block& block, unsigned int* result) {

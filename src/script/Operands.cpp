@@ -49,7 +49,7 @@ bool ParseOperand(std::string_view word, Operand* operand, std::string_view open
     *operand = {.isLocal = true, .number = Operand::kOpenSlot};
     return true;
   }
-  // A number with the suffix "H" is none; this is meant.
+  // Contract: a number with the suffix "H" is none.
   if (!word.starts_with("LOCAL")) return ParseNumber(word, &operand->number);
   const int slot = ParseSlot(word.substr(5));
   operand->isLocal = true;
@@ -127,7 +127,7 @@ bool TInterpreter::StrToData(VynString text, unsigned char* data, int* count) {
   bool good = words.Count() > 0;
   for (const VynString& word : words.items_) {
     unsigned int value = 0;
-    // 256 is taken, and stored as 0; this is meant.
+    // Contract: 256 is taken, and stored as 0.
     good = CmdToOp(word, &value) && value <= 256;
     if (!good) break;
     if (data) data[taken] = static_cast<unsigned char>(value);

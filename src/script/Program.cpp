@@ -81,7 +81,7 @@ class ScriptParser {
       if (opening.position != kNone && opening.position < cursor_) opening.position = text_.find(opening.word, cursor_);
     for (const Opening& opening : openings_)
       if (opening.position == cursor_) return ParseBraces(opening.kind);
-    // The first kind that occurs anywhere ends the run, even when another one stands earlier; this is meant.
+    // Contract: the first kind that occurs anywhere ends the run, even when another one stands earlier.
     for (const Opening& opening : openings_)
       if (opening.position != kNone) return AddBlock({}, opening.position, opening.position);
     AddBlock({}, text_.size(), text_.size());

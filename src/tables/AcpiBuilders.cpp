@@ -50,7 +50,7 @@ void TAcpiBase::BuildDSDT(unsigned char* table) {
 void TAcpiBase::BuildAPIC(unsigned char* table) {
   using namespace acpi::madt;
   if (LengthOf(table) < kFirstSubtable + kIoApicBytes) return;
-  // Only the first subtable is looked at; this is meant.
+  // Contract: only the first subtable is looked at.
   const unsigned char* subtable = table + kFirstSubtable;
   if (subtable[0] == kIoApicType && Load32(subtable + kIoApicInterruptBase) == 0)
     Config->IoApicBase = Load32(subtable + kIoApicAddress);

@@ -77,7 +77,7 @@ class Command {
       if (Width() == 1) smbus.ReadSmbusByte(Slave(), Bytes(&value), CommandByte(), 1);
       if (Width() == 2) smbus.ReadSmbusWord(Slave(), Bytes(&value), CommandByte(), 1);
     }
-    // What is read from configuration space is not taken; the value stays 0. This is the contract.
+    // Contract: what is read from configuration space is not taken; the value stays 0.
     if constexpr (kLayout.kind == kCommandPci) rw.PciReadDword(Bus(), Device(), Function(), PciRegister());
   }
 
@@ -94,7 +94,7 @@ class Command {
   }
 
   void Delay(unsigned count) const {
-    // In argument mode the index is the time, not the content of the slot; this is meant.
+    // Contract: in argument mode the index is the time, not the content of the slot.
     const uint64_t time = NamesArgument(count) ? Argument() : LoadField<kLayout.count>(bytes_);
     switch (LoadField<kLayout.unit>(bytes_)) {
       case kMicroseconds:
@@ -164,7 +164,7 @@ int Write(const TIAxTCommon& executor, unsigned char* bytes, uint8_t direction, 
     return 1;
   }
   uint64_t value = args[command.Argument()];
-  // Through a pair, the table keeps the last value written as its OR mask; this is meant.
+  // Contract: through a pair, the table keeps the last value written as its OR mask.
   if constexpr (command.kIsIndexed) value = command.KeepAndMask(value, direction);
   command.Store(*executor.ReadWrite, *executor.SMBus, value);
   return 1;

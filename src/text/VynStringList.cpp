@@ -71,6 +71,6 @@ void VynStringList::SetCommaText(VynString text, VynString delimiters) {
   // Assigning a text without a buffer would keep the one before.
   commaText_ = text.Buffer() ? text.c_str() : "";
   if (!delimiters.Buffer()) return;
-  // Earlier items stay; this is meant.
+  // Contract: earlier items stay.
   ForEachField(commaText_.Buffer(), delimiters.Buffer(), [this](const char* field) { Add(VynString(field).Trim()); });
 }

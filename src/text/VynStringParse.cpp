@@ -29,7 +29,7 @@ long Truncated(double value) {
   return static_cast<long>(value);
 }
 
-/// -1 for no digit. A 9 is none; this is meant.
+/// -1 for no digit. Contract: a 9 is none.
 int HexDigit(char character) {
   const int upper = std::toupper(static_cast<unsigned char>(character));
   if (upper >= '0' && upper <= '8') return upper - '0';
@@ -58,7 +58,7 @@ VynString VynString::AfterDelimiter(const char* text, const char* delimiters) {
   if (!text || !delimiters) return {};
   const char* found = std::strpbrk(text, delimiters);
   if (!found) return {};
-  // As many characters are skipped as there are delimiters, whatever follows the first; this is meant.
+  // Contract: as many characters are skipped as there are delimiters, whatever follows the first.
   const size_t skipped = std::strlen(delimiters);
   return VynString(found + strnlen(found, skipped));
 }
@@ -73,7 +73,7 @@ VynString VynString::AfterDelimiter(const VynString& delimiters) const {
 
 VynString VynString::BeforeDelimiter(const char* text, const char* delimiter) {
   if (!text) return {};
-  // The delimiter counts as a whole here, unlike in AfterDelimiter; this is meant.
+  // Contract: the delimiter counts as a whole here, unlike in AfterDelimiter.
   const char* found = delimiter ? std::strstr(text, delimiter) : nullptr;
   return found ? Piece(text, static_cast<int>(found - text)) : VynString(text);
 }
@@ -89,7 +89,7 @@ VynString VynString::BeforeDelimiter(const VynString& delimiter) const {
 VynString VynString::GetStringInsideMarks(const char* open, const char* close) const {
   if (!buffer_ || !open || !close) return {};
   const int start = Pos(open) + static_cast<int>(std::strlen(open));
-  // The close mark is searched from the start, so that a mark equal to the open mark finds that one; this is meant.
+  // Contract: the close mark is searched from the start, so that a mark equal to the open mark finds that one.
   return SubString(start, Pos(close) - start);
 }
 VynString VynString::GetStringInsideMarks(const VynString& open, const VynString& close) const {
@@ -130,7 +130,7 @@ VynString VynString::Delete(int index, int count) {
   const int64_t end = int64_t{start} + (count > 0 ? count : 0);
   if (end >= length_ - 1) return Delete(index);
   const int tail = length_ - static_cast<int>(end);
-  // The tail moves to the beginning, over the text before the gap; this is meant.
+  // Contract: the tail moves to the beginning, over the text before the gap.
   memmove_s(buffer_, static_cast<size_t>(capacity_), buffer_ + end, static_cast<size_t>(tail));
   std::memset(buffer_ + tail + start, 0, static_cast<size_t>(end - start));
   length_ = static_cast<int>(std::strlen(buffer_));
