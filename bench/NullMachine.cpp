@@ -1,26 +1,15 @@
 #include "bench/NullMachine.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <new>
 
 #include "hw/Platform.h"
 
 namespace bench {
 
 namespace {
-uint64_t allocations = 0;
 constexpr uint16_t kPciAddressPort = 0xCF8;
 constexpr uint16_t kPciDataPort = 0xCFC;
 }  // namespace
-
-uint64_t Allocations() { return allocations; }
-
-void* Allocate(size_t size) {
-  ++allocations;
-  if (void* block = std::malloc(size)) return block;
-  std::abort();
-}
 
 NullMachine& NullMachine::Get() {
   static NullMachine machine;
@@ -76,15 +65,6 @@ void Out(uint16_t port, T value) {
 }  // namespace
 
 }  // namespace bench
-
-void* operator new(size_t size) { return bench::Allocate(size); }
-void* operator new[](size_t size) { return bench::Allocate(size); }
-void* operator new(size_t size, const std::nothrow_t&) noexcept { return bench::Allocate(size); }
-void* operator new[](size_t size, const std::nothrow_t&) noexcept { return bench::Allocate(size); }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete[](void* block) noexcept { std::free(block); }
-void operator delete(void* block, size_t) noexcept { std::free(block); }
-void operator delete[](void* block, size_t) noexcept { std::free(block); }
 
 namespace platform {
 

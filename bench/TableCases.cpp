@@ -114,6 +114,35 @@ Case Parsing(unsigned records) {
           .baseline = [table] { KeepByHand(*table); }};
 }
 
+sim::IadtBuilder FanRecords(unsigned count) {
+  sim::IadtBuilder builder;
+  for (unsigned i = 0; i < count; ++i)
+    builder.Add(sim::Record::Feature("FanConfig").Name(std::to_string(100000 + i) + " Fan Mode").Value(0));
+  return builder;
+}
+
+/// Every record a fan of its own; the baseline looks at each name once.
+Case FanNames(unsigned records) {
+  constexpr double kInstructionsPerName = 2500;
+  return {.name = "fan names/" + std::to_string(records),
+          .setUp = [=] { StartLibrary(FanRecords(records)); },
+          .library =
+              [] {
+                uint8_t count = 0;
+                VynLibGetFanConfigNames(nullptr, &count, VYNLIB_PERFORM);
+                sink = count;
+              },
+          .baseline =
+              [] {
+                unsigned sum = 0;
+                for (const IadtEntry entry : TIADTable::GetInstance()->List(layout::FindFeature("FanConfig")->list))
+                  sum += static_cast<unsigned>(std::strlen(entry.Name()));
+                sink = sum;
+              },
+          .perCall = records,
+          .targetInstructions = kInstructionsPerName};
+}
+
 }  // namespace
 
 std::vector<Case> TableCases() {
@@ -131,6 +160,7 @@ std::vector<Case> TableCases() {
                               .baseline = InitByHand,
                               .target = 1.5}};
   for (const unsigned records : {10, 100, 1000, 10000, 100000}) cases.push_back(Parsing(records));
+  for (const unsigned records : {1000, 10000, 40000}) cases.push_back(FanNames(records));
   return cases;
 }
 

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "api/Guard.h"
 #include "api/Library.h"
 #include "api/Text.h"
 #include "layout/AcpiLayout.h"
@@ -119,7 +120,7 @@ void VynLibGetWhichIOToBeUse(uint8_t kind, const char* name, uint8_t* io) {
     LastErrorCode = kNoIdEntry;
     entry = kind == kWatchdogKind ? FindIdEntry(kWatchdogType.list, Text(name), IsWatchdogOf)
                                   : FindIdEntry(kFanType.list, Text(name), IsFanOf);
-    if (entry) Identify(*entry, &number);
+    if (entry) Guarded([&] { Identify(*entry, &number); });
   } else {
     LastErrorCode = kBadKind;
   }

@@ -16,6 +16,7 @@
 #include <safe_mem_lib.h>
 #include <safe_str_lib.h>
 
+#include "api/Guard.h"
 #include "api/Library.h"
 #include "api/Text.h"
 #include "api/Walk.h"
@@ -133,15 +134,17 @@ std::vector<FanName> CollectFans() {
 
 int VynLibGetFanConfigNames(char** names, uint8_t* count, uint8_t selector) {
   if (const auto answer = Begin(selector)) return *answer;
-  const std::vector<FanName> fans = CollectFans();
-  if (names == nullptr) {
-    StoreResult(count, static_cast<uint8_t>(fans.size()));
+  return Guarded([&]() -> int {
+    const std::vector<FanName> fans = CollectFans();
+    if (names == nullptr) {
+      StoreResult(count, static_cast<uint8_t>(fans.size()));
+      return Succeed();
+    }
+    if (count == nullptr || *count != fans.size()) return Fail(FanCode(kNameCountDiffers));
+    for (size_t i = 0; i < fans.size(); ++i)
+      if (names[i] != nullptr) strncpy_s(names[i], VYNLIB_NAME_BYTES, fans[i].data(), VYNLIB_NAME_BYTES);
     return Succeed();
-  }
-  if (count == nullptr || *count != fans.size()) return Fail(FanCode(kNameCountDiffers));
-  for (size_t i = 0; i < fans.size(); ++i)
-    if (names[i] != nullptr) strncpy_s(names[i], VYNLIB_NAME_BYTES, fans[i].data(), VYNLIB_NAME_BYTES);
-  return Succeed();
+  });
 }
 
 void VynLibGetFANModeSupport(const char* name, uint8_t* modes) {
@@ -162,32 +165,36 @@ void VynLibGetFANModeSupport(const char* name, uint8_t* modes) {
 
 int VynLibGetFANConfig(const char* name, uint8_t* block, uint8_t* count, uint8_t selector) {
   if (const auto answer = Begin(selector)) return *answer;
-  const auto counts = GetCountOfFunArguments(Text(name));
-  if (!counts) return Fail(kUnknownAccess);
-  const uint8_t room = count != nullptr ? *count : uint8_t{0};
-  if (block == nullptr) return Fail(FanCode(kNoBlock));
-  if (room < kAskForCount && (room == 0 || CountOf(*counts, block[0]) != room)) return Fail(FanCode(kCountDiffers));
-  std::array<unsigned long long, kAskForCount> slots{};
-  const auto any = [](IadtEntry) { return true; };
-  return WalkFan(Text(name), kGet, {slots.data(), room}, kReadFailed, any, [&](IadtEntry current) {
-    // The mode reported is the one whose commands succeed; the caller's serves the size check alone.
-    const uint8_t mode = current.Value();
-    const uint8_t modeCount = CountOf(*counts, mode);
-    block[0] = mode;
-    if (room < kAskForCount)
-      for (size_t i = 1; i < std::min(modeCount, room); ++i) block[i] = static_cast<uint8_t>(slots[i]);
-    *count = modeCount;
+  return Guarded([&]() -> int {
+    const auto counts = GetCountOfFunArguments(Text(name));
+    if (!counts) return Fail(kUnknownAccess);
+    const uint8_t room = count != nullptr ? *count : uint8_t{0};
+    if (block == nullptr) return Fail(FanCode(kNoBlock));
+    if (room < kAskForCount && (room == 0 || CountOf(*counts, block[0]) != room)) return Fail(FanCode(kCountDiffers));
+    std::array<unsigned long long, kAskForCount> slots{};
+    const auto any = [](IadtEntry) { return true; };
+    return WalkFan(Text(name), kGet, {slots.data(), room}, kReadFailed, any, [&](IadtEntry current) {
+      // The mode reported is the one whose commands succeed; the caller's serves the size check alone.
+      const uint8_t mode = current.Value();
+      const uint8_t modeCount = CountOf(*counts, mode);
+      block[0] = mode;
+      if (room < kAskForCount)
+        for (size_t i = 1; i < std::min(modeCount, room); ++i) block[i] = static_cast<uint8_t>(slots[i]);
+      *count = modeCount;
+    });
   });
 }
 
 int VynLibSetFANConfig(const char* name, const uint8_t* block, uint8_t count, uint8_t selector) {
   if (const auto answer = Begin(selector)) return *answer;
-  const auto counts = GetCountOfFunArguments(Text(name));
-  if (!counts) return Fail(kUnknownAccess);
-  if (block == nullptr) return Fail(FanCode(kNoBlock));
-  if (count == 0 || CountOf(*counts, block[0]) != count) return Fail(FanCode(kCountDiffers));
-  std::array<unsigned long long, kAskForCount> slots{};
-  std::copy_n(block, count, slots.begin());
-  const auto wants = [&](IadtEntry entry) { return entry.Value() == block[0]; };
-  return WalkFan(Text(name), kSet, {slots.data(), count}, kSetFailed, wants, [](IadtEntry) {});
+  return Guarded([&]() -> int {
+    const auto counts = GetCountOfFunArguments(Text(name));
+    if (!counts) return Fail(kUnknownAccess);
+    if (block == nullptr) return Fail(FanCode(kNoBlock));
+    if (count == 0 || CountOf(*counts, block[0]) != count) return Fail(FanCode(kCountDiffers));
+    std::array<unsigned long long, kAskForCount> slots{};
+    std::copy_n(block, count, slots.begin());
+    const auto wants = [&](IadtEntry entry) { return entry.Value() == block[0]; };
+    return WalkFan(Text(name), kSet, {slots.data(), count}, kSetFailed, wants, [](IadtEntry) {});
+  });
 }

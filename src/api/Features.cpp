@@ -76,19 +76,21 @@ int Write(uint8_t index, uint8_t value, uint8_t selector, const FeatureRow& row)
 int ReadVersion(uint16_t* target, uint8_t selector, const FeatureRow& row) {
   if (!Begins(row, selector)) return Decline(row, selector);
   StoreResult(target, kNoVersion);
-  uint8_t count = 0;
-  uint8_t bits = 0;
-  unsigned long long accumulator = 0;
-  for (const IadtEntry entry : Entries(row.list)) {
-    const Ran ran = RunEntry(*IAxTCommon, entry, kGet, {&accumulator, 1});
-    if (ran == Ran::kUnknownKind) return Fail(kUnknownAccess);
-    if (ran == Ran::kFailed) continue;
-    ++count;
-    bits = static_cast<uint8_t>(bits | (entry.Value() & 1u) << (entry.Index() & 31));
-  }
-  if (count == 0) return Fail(row.failedCode);
-  StoreResult(target, static_cast<uint16_t>(count * 256 + bits));
-  return Succeed();
+  return Guarded([&] {
+    uint8_t count = 0;
+    uint8_t bits = 0;
+    unsigned long long accumulator = 0;
+    for (const IadtEntry entry : Entries(row.list)) {
+      const Ran ran = RunEntry(*IAxTCommon, entry, kGet, {&accumulator, 1});
+      if (ran == Ran::kUnknownKind) return Fail(kUnknownAccess);
+      if (ran == Ran::kFailed) continue;
+      ++count;
+      bits = static_cast<uint8_t>(bits | (entry.Value() & 1u) << (entry.Index() & 31));
+    }
+    if (count == 0) return Fail(row.failedCode);
+    StoreResult(target, static_cast<uint16_t>(count * 256 + bits));
+    return Succeed();
+  });
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "api/Guard.h"
 #include "api/TVyn.h"
 #include "hw/TReadWrite.h"
 #include "tables/TAcpiBase.h"
@@ -24,11 +25,9 @@ TIAxTCommon* IAxTCommon = nullptr;
 
 using namespace api;
 
-int VynLibDllInit() {
-  InitOk = 0;
-  LastErrorCode = kOk;
-  rw = TReadWrite::GetInstance();
-  if (rw == nullptr) return Fail(kNotInitialised);
+namespace {
+
+void Start() {
   vyn = new TVyn;  // Contract: one left by an earlier start without a tear-down is dropped
   Acpi = TAcpiBase::GetInstance();
   IAMTable = TIAMTable::GetInstance();
@@ -36,11 +35,9 @@ int VynLibDllInit() {
   IAxTCommon = TIAxTCommon::GetInstance();
   InitOk = 1;
   std::printf("ModelName::%s\n", vyn->ModelName().c_str());
-  return 1;
 }
 
-int VynLibDllUnInit() {
-  if (InitOk == 0) return 0;
+void TakeDown() {
   delete vyn;
   TIAxTCommon::FreeInstance();
   TIADTable::FreeInstance();
@@ -53,6 +50,29 @@ int VynLibDllUnInit() {
   IAMTable = nullptr;
   rw = nullptr;
   Acpi = nullptr;
+}
+
+}  // namespace
+
+int VynLibDllInit() {
+  InitOk = 0;
+  LastErrorCode = kOk;
+  const int started = Guarded([] {
+    rw = TReadWrite::GetInstance();
+    if (rw == nullptr) return Fail(kNotInitialised);
+    Start();
+    return 1;
+  });
+  if (started == 0 && rw != nullptr) {  // out of memory half-way
+    TakeDown();
+    InitOk = 0;
+  }
+  return started;
+}
+
+int VynLibDllUnInit() {
+  if (InitOk == 0) return 0;
+  TakeDown();
   LastErrorCode = kOk;
   return 1;  // Contract: InitOk stays 1
 }

@@ -7,6 +7,7 @@
 
 #include <safe_str_lib.h>
 
+#include "api/Guard.h"
 #include "api/Library.h"
 #include "hw/Platform.h"
 #include "layout/RecordLayout.h"
@@ -219,13 +220,10 @@ void ReadRaw(IadtEntry entry, const RecordType& type, Raw* raw) {
     tables::RunSensorCommand(*IAxTCommon, entry, place.offset, place.value == RawValue::kFirst ? &raw->a : &raw->b);
 }
 
+/// The first record of the name whose reading counts; every other leaves its code.
 template <typename T>
-int ReadSensor(const Quantity<T>& quantity, const char* name, T* target, uint8_t selector) {
+int ReadLists(const Quantity<T>& quantity, const char* name, T* target) {
   T value{};
-  if (!IsPerform(selector)) return Fail(kBadSelector);
-  StoreResult(target, value);
-  if (!quantity.IsOffered()) return Fail(Code(quantity.family, kAbsent));
-  LastErrorCode = Code(quantity.family, quantity.noSuchName);
   Raw raw;
   for (const SensorList<T>& list : quantity) {
     if (!Has(list.type.list)) continue;
@@ -243,6 +241,15 @@ int ReadSensor(const Quantity<T>& quantity, const char* name, T* target, uint8_t
     }
   }
   return 0;
+}
+
+template <typename T>
+int ReadSensor(const Quantity<T>& quantity, const char* name, T* target, uint8_t selector) {
+  if (!IsPerform(selector)) return Fail(kBadSelector);
+  StoreResult(target, T{});
+  if (!quantity.IsOffered()) return Fail(Code(quantity.family, kAbsent));
+  LastErrorCode = Code(quantity.family, quantity.noSuchName);
+  return Guarded([&] { return ReadLists(quantity, name, target); });
 }
 
 template <typename T>

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "api/Guard.h"
 #include "api/Library.h"
 #include "tables/EntryRun.h"
 
@@ -19,18 +20,20 @@ struct Candidates {
 /// success. Every other candidate is a fallback. The slots are shared by all entries of a call.
 template <typename Wants, typename Done>
 int Walk(const Candidates& candidates, tables::Direction direction, tables::Slots slots, Wants wants, Done done) {
-  LastErrorCode = candidates.none;
-  for (const IadtEntry entry : candidates.entries) {
-    if (!wants(entry)) continue;
-    const tables::Ran ran = tables::RunEntry(*IAxTCommon, entry, direction, slots);
-    if (ran == tables::Ran::kUnknownKind) return Fail(kUnknownAccess);
-    if (ran == tables::Ran::kDone) {
-      done(entry);
-      return Succeed();
+  return Guarded([&] {
+    LastErrorCode = candidates.none;
+    for (const IadtEntry entry : candidates.entries) {
+      if (!wants(entry)) continue;
+      const tables::Ran ran = tables::RunEntry(*IAxTCommon, entry, direction, slots);
+      if (ran == tables::Ran::kUnknownKind) return Fail(kUnknownAccess);
+      if (ran == tables::Ran::kDone) {
+        done(entry);
+        return Succeed();
+      }
+      LastErrorCode = candidates.failed;
     }
-    LastErrorCode = candidates.failed;
-  }
-  return 0;
+    return 0;
+  });
 }
 
 }  // namespace api

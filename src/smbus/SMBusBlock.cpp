@@ -56,7 +56,7 @@ bool TSMBus::SendBlock(unsigned char address, const unsigned char* buffer, unsig
 int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int* count,
                            VynString baseScript) {
   int received = 0;
-  const int done = Begin(baseScript) ? End(ReceiveBlock(address, buffer, command, &received)) : 0;
+  const int done = Transact(baseScript, [&] { return ReceiveBlock(address, buffer, command, &received); });
   if (count) *count = received;
   return done;
 }
@@ -79,7 +79,7 @@ int TSMBus::ReadSmbusBlock(unsigned char address, unsigned char* buffer) {
 int TSMBus::WriteSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int count,
                             VynString baseScript) {
   if (count < 1 || count > kBlockBytes) return 0;
-  return Begin(baseScript) ? End(SendBlock(address, buffer, command, count)) : 0;
+  return Transact(baseScript, [&] { return SendBlock(address, buffer, command, count); });
 }
 int TSMBus::WriteSmbusBlock(unsigned char address, unsigned char* buffer, unsigned char command, int count) {
   for (const VynString* base : BaseScripts())
@@ -111,8 +111,8 @@ int TSMBus::WriteSmbusWordCmd(unsigned char address, unsigned char command, unsi
 int TSMBus::SelectAndMove(const SMBusProtocol& protocol, const Span& span, unsigned char value) {
   const Span selection = {span.address, &value, span.command, 1, 0};
   for (const VynString* base : BaseScripts()) {
-    if (base->IsEmpty() || !Begin(*base)) continue;
-    if (End(Move(kSMBusByteWrite, selection) && Move(protocol, span)) != 0) return 1;
+    const auto transfers = [&] { return Move(kSMBusByteWrite, selection) && Move(protocol, span); };
+    if (!base->IsEmpty() && Transact(*base, transfers) != 0) return 1;
   }
   return 0;
 }

@@ -1,6 +1,8 @@
 // Detection, the transaction around every transfer, bytes and words.
 #include "smbus/TSMBus.h"
 
+#include <utility>
+
 #include "smbus/SMBusProtocol.h"
 #include "smbus/TSMBusConfig.h"
 
@@ -74,18 +76,26 @@ void TSMBus::Select(unsigned char address, bool read, unsigned int command) {
 
 bool TSMBus::Begin(const VynString& baseScript) {
   Interpreter = std::make_unique<TInterpreter>();
+  // What puts the controller back is parsed before it is changed, so that memory cannot run out for it.
+  scripts_.Get(WaitIdleScript);
+  scripts_.Get(RestoreScript);
   Run(DetectScript);
-  Run(EnableScript);
+  const script::Program& enable = scripts_.Get(EnableScript);
+  stage_ = Stage::kEnabled;
+  Interpreter->Interpret(enable);
   Run(baseScript);
-  if (Idle()) return true;
-  Run(RestoreScript);
-  return false;
+  if (!Idle()) return false;
+  stage_ = Stage::kTransferring;
+  return true;
 }
 
-int TSMBus::End(bool done) {
-  Run(WaitIdleScript);
-  Run(RestoreScript);
-  return done ? 1 : 0;
+void TSMBus::End() noexcept {
+  const Stage reached = std::exchange(stage_, Stage::kNothingDone);
+  try {
+    if (reached == Stage::kTransferring) Run(WaitIdleScript);
+    if (reached != Stage::kNothingDone) Run(RestoreScript);
+  } catch (...) {  // Hundreds of other scripts came in between, and there is no memory to parse these two again.
+  }
 }
 
 // --- bytes and words ---
@@ -126,7 +136,7 @@ bool TSMBus::Move(const SMBusProtocol& protocol, const Span& span) {
 }
 
 int TSMBus::MoveThrough(const SMBusProtocol& protocol, const Span& span, const VynString& baseScript) {
-  return Begin(baseScript) ? End(Move(protocol, span)) : 0;
+  return Transact(baseScript, [&] { return Move(protocol, span); });
 }
 
 int TSMBus::MoveAnywhere(const SMBusProtocol& protocol, const Span& span) {

@@ -140,10 +140,26 @@ class TSMBus : public TSMBusHost, public TSMBusCfg {
   bool Idle();
   bool Failed();
   void Select(unsigned char address, bool read, unsigned int command);
-  /// A transaction up to its transfers; false, and all put back, when the host is not idle.
+  /// One transaction around `transfers()`, whose outcome is the result. The controller is put back on every way out, an
+  /// exception for want of memory included.
+  template <typename Transfers>
+  int Transact(const VynString& baseScript, Transfers transfers) {
+    const Ending ending(this);
+    return Begin(baseScript) && transfers() ? 1 : 0;
+  }
+  /// A transaction up to its transfers; false when the host is not idle.
   bool Begin(const VynString& baseScript);
-  /// Ends a transaction whose transfers were `done` or not, which is the result.
-  int End(bool done);
+  void End() noexcept;
+  class Ending {
+   public:
+    explicit Ending(TSMBus* bus) : bus_(bus) {}
+    ~Ending() { bus_->End(); }
+    Ending(const Ending&) = delete;
+    Ending& operator=(const Ending&) = delete;
+
+   private:
+    TSMBus* bus_;
+  };
   std::array<const VynString*, 4> BaseScripts() const {
     return {&BaseScript1, &BaseScript2, &BaseScript3, &BaseScript4};
   }
@@ -161,4 +177,5 @@ class TSMBus : public TSMBusHost, public TSMBusCfg {
   void FillWindow(const unsigned char* buffer, int* sent, int count);
 
   script::ScriptCache scripts_;
+  enum class Stage { kNothingDone, kEnabled, kTransferring } stage_ = Stage::kNothingDone;
 };
