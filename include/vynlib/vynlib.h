@@ -53,7 +53,8 @@ extern "C" {
 /* Global codes. */
 #define VYNLIB_OK 0
 /* Also: the I/O privilege level could not be raised, be it for want of root or CAP_SYS_RAWIO, by kernel lockdown
- * (Secure Boot), by a service's sandbox, or because the kernel has no iopl; "vynctl doctor" tells which. */
+ * (Secure Boot), by a service's sandbox, or because the kernel has no iopl; "vynctl doctor" tells which. A call that
+ * runs out of memory leaves it too, with a result of 0 and the SMBus controller put back. */
 #define VYNLIB_ERROR_NOT_INITIALISED 1
 #define VYNLIB_ERROR_SELECTOR 12
 #define VYNLIB_ERROR_KIND 13        /* VynLibGetWhichIOToBeUse: kind not 1 to 26 */
