@@ -68,7 +68,7 @@ TEST(RealAcpi, TakesThePciExpressBaseFromTheFirmwaresMcfg) {
 }
 
 TEST(RealAcpi, FindsAPublishedTableBySignature) {
-  char signature[] = "APIC", absent[] = "IADT";
+  char signature[] = "APIC", absent[] = "IAXT";
   EXPECT_EQ(1, TAcpiBase::GetInstance()->GetAcpiTable(signature));
   EXPECT_EQ(0, TAcpiBase::GetInstance()->GetAcpiTable(absent));
   TAcpiBase::FreeInstance();
