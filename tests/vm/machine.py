@@ -61,7 +61,8 @@ class Monitor:
 
 
 class GuestLine:
-    """Answers the guest's questions, one line each: "watchdog-events", "memory ADDRESS COUNT"."""
+    """Answers the guest's questions, one line each: "?watchdog-events", "?memory ADDRESS COUNT". What stands before the
+    last question mark of a line came from the firmware, which takes the line for a terminal."""
 
     def __init__(self, connection, monitor):
         self.connection = connection
@@ -72,7 +73,7 @@ class GuestLine:
         data = self.connection.recv(4096)
         *lines, self._pending = (self._pending + data).split(b"\n")
         for line in lines:
-            self.connection.sendall((self._answer(line.decode().split()) + "\n").encode())
+            self.connection.sendall((self._answer(line.rpartition(b"?")[2].decode().split()) + "\n").encode())
         return bool(data)
 
     def _answer(self, words):

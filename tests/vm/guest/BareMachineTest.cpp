@@ -106,7 +106,9 @@ TEST(Init, SucceedsWithoutTables) {
   ::testing::internal::CaptureStdout();
   EXPECT_EQ(1, VynLibDllInit());
   EXPECT_EQ(0u, VynLibDllGetLastError());
-  EXPECT_EQ("Is Core8 ... ???\nModelName::\n", ::testing::internal::GetCapturedStdout());
+  // UEFI firmware leaves no root pointer below 1 MiB, and without a table of the board none is provided.
+  const std::string search = access("/sys/firmware/efi", F_OK) == 0 ? "TAcpiBase::BuildRSDP Failed !!\n" : "";
+  EXPECT_EQ("Is Core8 ... ???\n" + search + "ModelName::\n", ::testing::internal::GetCapturedStdout());
   EXPECT_EQ(1, VynLibDllUnInit());
 }
 

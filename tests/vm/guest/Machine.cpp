@@ -85,7 +85,7 @@ class HostLine {
   ~HostLine() { close(descriptor_); }
 
   std::string Ask(const std::string& question) {
-    const std::string line = question + "\n";
+    const std::string line = "?" + question + "\n";
     if (write(descriptor_, line.data(), line.size()) != static_cast<ssize_t>(line.size()))
       throw std::runtime_error("the host does not listen");
     std::string answer;
