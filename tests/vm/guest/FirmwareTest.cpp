@@ -4,35 +4,19 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <optional>
 
 #include "BoardEnvironment.h"
+#include "FirmwareKind.h"
+
+using guest::ThisFirmware;
 
 namespace {
 
 constexpr uint32_t kBiosArea = 0xE0000, kBiosAreaBytes = 0x20000;
 constexpr size_t kPointerStep = 16, kRsdtField = 16;
-
-struct Kind {
-  const char* name;
-  bool pointerBelow1MiB;
-  bool tablesReachable;
-};
-constexpr Kind kKinds[] = {
-    {"seabios", true, true},
-    {"seabios-acpi-data", true, false},
-    {"ovmf", false, false},
-};
-
-const Kind& ThisKind() {
-  const char* name = getenv("VM_FIRMWARE");
-  for (const Kind& kind : kKinds)
-    if (name != nullptr && std::string(name) == kind.name) return kind;
-  throw std::runtime_error("the boot names no kind of firmware");
-}
 
 /// What /dev/mem holds there, nothing when the kernel refuses the map. `address` is that of a page.
 std::optional<std::string> Physical(uint32_t address, size_t count) {
@@ -68,11 +52,11 @@ uint32_t RootPointerOfUefi() {
 }  // namespace
 
 TEST(Firmware, KeepsTheRootPointerWhereItsKindDoes) {
-  EXPECT_EQ(ThisKind().pointerBelow1MiB, RootTableByPointer() != 0);
-  EXPECT_EQ(ThisKind().pointerBelow1MiB, RootPointerOfUefi() == 0);
+  EXPECT_EQ(ThisFirmware().pointerBelow1MiB, RootTableByPointer() != 0);
+  EXPECT_EQ(ThisFirmware().pointerBelow1MiB, RootPointerOfUefi() == 0);
 }
 
 TEST(Firmware, LetsTheKernelHideTheTablesAsItsKindDoes) {
-  const uint32_t tables = ThisKind().pointerBelow1MiB ? RootTableByPointer() : RootPointerOfUefi();
-  EXPECT_EQ(ThisKind().tablesReachable, Physical(tables & ~0xFFFu, 0x1000).has_value());
+  const uint32_t tables = ThisFirmware().pointerBelow1MiB ? RootTableByPointer() : RootPointerOfUefi();
+  EXPECT_EQ(ThisFirmware().tablesReachable, Physical(tables & ~0xFFFu, 0x1000).has_value());
 }
