@@ -4,7 +4,8 @@
 #include <functional>
 
 #include "sim/FirmwareFile.h"
-#include "sim/chips/ChipFactory.h"
+#include "sim/chips/RegisterChips.h"
+#include "sim/chips/SmbusPlatforms.h"
 #include "sim/chips/SuperIo.h"
 
 namespace sim {
@@ -169,8 +170,8 @@ void ReadSlaves(TomlSection* section, Names* names, SmbusSetup* setup) {
 
 void ReadSmbus(TomlSection* root, Board* board, Names* names) {
   for (TomlSection& section : root->List("smbus")) {
-    const SmbusModel* model = FindSmbusModel(section.NeedText("model", kTextLimit));
-    if (!model) section.Fail("model", "the name of an SMBus controller model (docs/board-files.md lists them)");
+    const SmbusPlatform* platform = FindSmbusPlatform(section.NeedText("model", kTextLimit));
+    if (!platform) section.Fail("model", "the name of an SMBus controller model (docs/board-files.md lists them)");
     SmbusSetup setup;
     if (section.Has("pci")) {
       const PciPlace place = ReadPciPlace(&section, "pci");
@@ -179,11 +180,11 @@ void ReadSmbus(TomlSection* root, Board* board, Names* names) {
       setup.function = place.function;
     }
     setup.base = static_cast<uint16_t>(section.Number("base", kWord, 0));
-    for (std::string_view option : model->options)
+    for (std::string_view option : kSmbusOptions)
       if (const auto value = section.Number(option, kDword)) setup.options.emplace(option, *value);
     ReadSlaves(&section, names, &setup);
     section.Finish();
-    model->attach(*board, setup);
+    AttachSmbus(*board, *platform, setup);
   }
 }
 

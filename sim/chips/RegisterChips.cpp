@@ -1,9 +1,10 @@
 // Chips that act on a set of registers as time goes by.
+#include "sim/chips/RegisterChips.h"
+
 #include <algorithm>
 #include <cstdio>
 
 #include "sim/SimBoard.h"
-#include "sim/chips/ChipFactory.h"
 
 namespace sim {
 namespace {
@@ -153,5 +154,11 @@ constexpr ChipModel kChipModels[] = {
 }  // namespace
 
 std::span<const ChipModel> ChipModels() { return kChipModels; }
+
+const ChipModel* FindChipModel(std::string_view name) {
+  for (const ChipModel& model : ChipModels())
+    if (model.name == name) return &model;
+  return nullptr;
+}
 
 }  // namespace sim

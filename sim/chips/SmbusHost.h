@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "sim/SimBoard.h"
-#include "sim/chips/ChipFactory.h"
+#include "sim/chips/SmbusSlave.h"
 
 namespace sim {
 

@@ -55,9 +55,12 @@ struct SmbusPlatform {
   uint16_t defaultBase = 0x0C00;
 };
 
-inline constexpr size_t kSmbusPlatforms = 61;
 const std::vector<SmbusPlatform>& SmbusPlatforms();
+/// The platform of this name; null when there is none.
 const SmbusPlatform* FindSmbusPlatform(std::string_view name);
+
+inline constexpr std::string_view kSmbusOptions[] = {"enabled",    "hidden",    "no_base",
+                                                     "second_bus", "pm_memory", "pm_ports"};
 
 /// Sets the chipset's registers on the board and puts a host with the given slaves behind them; the result is that
 /// host. A `setup` without a base gets the platform's usual one; the function's place is the chipset's own, whatever

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "sim/SimBoard.h"
-#include "sim/chips/ChipFactory.h"
+#include "sim/chips/Registers.h"
 
 namespace sim {
 

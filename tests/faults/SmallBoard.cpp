@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "sim/TableImage.h"
+#include "sim/chips/SmbusPlatforms.h"
 #include "vynlib/vynlib.h"
 
 namespace small_board {
@@ -52,15 +53,15 @@ void AddSensors(IadtBuilder* iadt) {
 }
 
 void AddController(sim::Board* board, std::string_view controller) {
-  const sim::SmbusModel* model = sim::FindSmbusModel(controller);
-  if (model == nullptr) throw std::invalid_argument("no SMBus controller " + std::string(controller));
+  const sim::SmbusPlatform* platform = sim::FindSmbusPlatform(controller);
+  if (platform == nullptr) throw std::invalid_argument("no SMBus controller " + std::string(controller));
   const auto slave = std::make_shared<sim::SmbusSlave>();
   slave->registers[kTemperatureRegister] = 0x0B;
   slave->registers[kTemperatureRegister + 1] = 0xB8;
   slave->registers[kCurrentRegister] = 25;
   sim::SmbusSetup setup;
   setup.slaves[kSlave] = slave;
-  model->attach(*board, setup);
+  sim::AttachSmbus(*board, *platform, setup);
 }
 
 }  // namespace

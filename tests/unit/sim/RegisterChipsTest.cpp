@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "sim/SimBoard.h"
-#include "sim/chips/ChipFactory.h"
+#include "sim/chips/RegisterChips.h"
 
 namespace {
 

@@ -172,8 +172,10 @@ class SMBusPlatform : public SMBusBoard, public testing::WithParamInterface<Chip
 };
 
 TEST(SMBusPlatforms, AreAllCoveredByTheTestsAndCoverAllRecords) {
-  EXPECT_EQ(sim::SmbusPlatforms().size(), sim::kSmbusPlatforms);
-  EXPECT_EQ(std::size(kChipsets), sim::kSmbusPlatforms);
+  std::set<std::string_view> platforms, tested;
+  for (const sim::SmbusPlatform& platform : sim::SmbusPlatforms()) EXPECT_TRUE(platforms.insert(platform.name).second);
+  for (const Chipset& chipset : kChipsets) tested.insert(chipset.platform);
+  EXPECT_EQ(tested, platforms);
   std::set<std::string> records;
   for (const Chipset& chipset : Covered()) records.insert(chipset.record);
   std::set<std::string> expected;

@@ -285,18 +285,10 @@ TEST_F(SchHost, NeverFinishesWithoutAClock) {
   EXPECT_EQ(In(1), 0u);
 }
 
-TEST(SmbusModels, NameEveryPlatformOnce) {
-  const auto models = sim::SmbusModels();
-  ASSERT_EQ(models.size(), sim::SmbusPlatforms().size());
-  for (const sim::SmbusPlatform& platform : sim::SmbusPlatforms()) {
-    const auto named = [&](const sim::SmbusModel& model) { return model.name == platform.name; };
-    EXPECT_EQ(std::count_if(models.begin(), models.end(), named), 1) << platform.name;
-  }
-}
-
-TEST(SmbusModels, AttachThePlatformOfTheirName) {
+TEST(SmbusPlatforms, AreAttachedByTheirName) {
   sim::Board board;
-  sim::FindSmbusModel("ich9")->attach(board, {});
+  sim::AttachSmbus(board, *sim::FindSmbusPlatform("ich9"), {});
+  EXPECT_EQ(sim::FindSmbusPlatform("ich99"), nullptr);
   EXPECT_EQ(board.Pci(0, 0x1f, 3).Get(0, 4), 0x29308086u);
   EXPECT_EQ(board.Pci(0, 0x1f, 3).Get(0x20, 4), 0xEFA1u);
   EXPECT_EQ(board.In(0xEFA0, 1), 0u);
