@@ -11,13 +11,14 @@ namespace commandline {
 using Target =
     std::variant<bool*, int*, unsigned*, double*, std::string*, std::vector<unsigned>*, std::vector<std::string>*>;
 
-/// Both ends belong to it; equal ends accept everything.
+/// Both ends belong to it; equal ends accept every number that the target holds.
 struct Range {
   double low = 0;
   double high = 0;
 };
 
-/// An option ("-o,--output") or, without dashes, a word that stands in its place ("NAME").
+/// An option ("-o,--output") or, without dashes, a word that stands in its place ("NAME"). An option's word is not
+/// empty.
 struct Argument {
   const char* name;
   Target target;
@@ -39,6 +40,7 @@ struct Command {
   std::vector<Command> commands = {};  ///< when there are any, one of them must be given
   std::string* chosen = nullptr;       ///< receives the name of the one that was given
   std::string footer = {};             ///< last words of the help
+  std::string usage = {};              ///< of the words behind the options; worked out from the arguments when empty
 };
 
 /// The whole tool. The arguments of `command` are known in every place when `everywhere`.
@@ -52,11 +54,11 @@ struct Outcome {
   enum Kind {
     kRun,     ///< the targets are set
     kAnswer,  ///< help or version was asked for
-    kWrong    ///< the targets may be set
+    kWrong    ///< the flags are set, other targets may be
   };
   Kind kind = kRun;
   std::string text = {};   ///< for standard output (kAnswer) or standard error (kWrong)
-  std::string error = {};  ///< the mistake alone
+  std::string error = {};  ///< the mistake alone: one line of printable ASCII
 };
 
 /// Reads the command line. The commands named before a mistake are in their `chosen` all the same.

@@ -10,7 +10,7 @@
 #include <cstring>
 
 #include "Codes.h"
-#include "Text.h"
+#include "commandline/Streams.h"
 
 namespace vynctl {
 namespace {
@@ -83,7 +83,7 @@ Json ToJson(const Document& document, const std::string& command, const Options&
   for (const Value& value : document.values) values.push_back(ToJson(value));
   Json::Object json = {{"schema", kSchema},
                        {"version", kSchemaVersion},
-                       {"command", command},
+                       {"command", command.empty() ? Json() : Json(command)},
                        {"model", model},
                        {"simulated", !options.load.board.empty()},
                        {"ok", !document.refusal.has_value()},
@@ -108,7 +108,7 @@ int Context::Finish(const Document& document, const std::string& text) {
     if (document.refusal) {
       const std::string code =
           document.refusal->code != 0 ? fmt::format(" (code {})", Hex(document.refusal->code)) : "";
-      fmt::print(stderr, "vynctl: {}{}\n", document.refusal->words, code);
+      commandline::Say(fmt::format("vynctl: {}{}\n", document.refusal->words, code));
     }
   }
   return document.refusal ? kRefused : kDone;

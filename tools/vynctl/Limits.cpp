@@ -69,6 +69,9 @@ std::vector<Limit> ReadLimits(const std::string& path) {
       throw UsageError(fmt::format("{}:{}: {}", Printable(path), number, error.what()));
     }
   }
+  if (file.bad()) throw UsageError(fmt::format("cannot read the limits file {}", Printable(path)));
+  // A monitoring that judges nothing would say OK for ever.
+  if (limits.empty()) throw UsageError(fmt::format("the limits file {} holds no limit", Printable(path)));
   return limits;
 }
 

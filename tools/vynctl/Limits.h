@@ -33,7 +33,7 @@ Range ParseRange(std::string_view text);
 Limit ParseLimit(std::string_view text);
 
 /// One limit per line; empty lines and lines that begin with '#' count for nothing.
-/// @throws UsageError with file and line
+/// @throws UsageError with file and line, or where the file cannot be read or holds no limit
 std::vector<Limit> ReadLimits(const std::string& path);
 
 }  // namespace vynctl

@@ -30,15 +30,6 @@ const char* Sequence(Tone tone) {
   return "";
 }
 
-/// Columns without the colour sequences.
-size_t VisibleColumns(const std::string& line) {
-  size_t hidden = 0;
-  for (size_t start = line.find('\x1b'); start != std::string::npos; start = line.find('\x1b', start + 1)) {
-    hidden += line.find('m', start) - start + 1;
-  }
-  return Columns(line) - hidden;
-}
-
 }  // namespace
 
 std::string Style::Paint(Tone tone, const std::string& text) const {
@@ -90,7 +81,7 @@ std::string Table::Render(const Style& style, size_t indent) const {
 
 std::string SideBySide(const std::vector<std::string>& lines, size_t width) {
   size_t widest = 1;
-  for (const std::string& line : lines) widest = std::max(widest, VisibleColumns(line));
+  for (const std::string& line : lines) widest = std::max(widest, Columns(line));
   const size_t fitting = std::max<size_t>(1, (width + kColumnGap - kGap) / (widest + kColumnGap));
   const size_t height = (lines.size() + fitting - 1) / fitting;
   std::string text;
@@ -98,7 +89,7 @@ std::string SideBySide(const std::vector<std::string>& lines, size_t width) {
     text.append(kGap, ' ');
     for (size_t i = row; i < lines.size(); i += height) {
       text += lines[i];
-      if (i + height < lines.size()) text.append(widest + kColumnGap - VisibleColumns(lines[i]), ' ');
+      if (i + height < lines.size()) text.append(widest + kColumnGap - Columns(lines[i]), ' ');
     }
     text += '\n';
   }

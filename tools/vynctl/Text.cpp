@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <numeric>
 
 namespace vynctl {
 namespace {
@@ -16,41 +15,11 @@ bool IsAlnum(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') |
 
 bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-/// Insertions, removals and replacements that lead from one text to the other, letters compared without case.
-size_t EditDistance(std::string_view from, std::string_view to) {
-  std::vector<size_t> row(to.size() + 1);
-  std::iota(row.begin(), row.end(), size_t{0});
-  for (size_t i = 0; i < from.size(); ++i) {
-    size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (size_t j = 0; j < to.size(); ++j) {
-      const size_t replaced = diagonal + (Lower(from[i]) == Lower(to[j]) ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
-    }
-  }
-  return row[to.size()];
-}
-
 std::string Counted(unsigned count, const char* unit) {
   return fmt::format("{} {}{}", count, unit, count == 1 ? "" : "s");
 }
 
 }  // namespace
-
-std::string Printable(std::string_view bytes) {
-  std::string text;
-  for (char c : bytes) {
-    if (c >= ' ' && c <= '~' && c != '\\') {
-      text += c;
-    } else {
-      text += fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
-    }
-  }
-  return text;
-}
 
 std::string IdPart(std::string_view name) {
   if (name.empty()) return "unnamed";
@@ -77,25 +46,6 @@ std::optional<double> ParseNumber(std::string_view text) {
   return value;
 }
 
-std::string Closest(std::string_view word, const std::vector<std::string>& candidates) {
-  std::string best;
-  size_t bestDistance = std::max<size_t>(2, word.size() / 3) + 1;
-  for (const std::string& candidate : candidates) {
-    const bool abbreviated = word.size() >= 2 && candidate.starts_with(word);
-    const size_t distance = abbreviated ? 1 : EditDistance(word, candidate);
-    if (distance < bestDistance && distance < candidate.size()) {
-      best = candidate;
-      bestDistance = distance;
-    }
-  }
-  return best;
-}
-
-std::string Suggestion(std::string_view word, const std::vector<std::string>& candidates) {
-  const std::string closest = Closest(word, candidates);
-  return closest.empty() ? "" : fmt::format(" (did you mean '{}'?)", closest);
-}
-
 std::string DurationWords(unsigned seconds) {
   const unsigned minutes = seconds / 60;
   if (minutes == 0) return Counted(seconds, "second");
@@ -108,10 +58,6 @@ std::string_view Trim(std::string_view text) {
   const size_t first = text.find_first_not_of(kSpace);
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(kSpace) - first + 1);
-}
-
-size_t Columns(std::string_view text) {
-  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) { return !IsContinuation(c); }));
 }
 
 std::string Clip(std::string_view text, size_t columns) {

@@ -6,11 +6,12 @@
 
 #include "Codes.h"
 #include "Subcommand.h"
-#include "Text.h"
+#include "commandline/Streams.h"
 
 namespace vynctl {
 namespace {
 
+constexpr char kTool[] = "vynctl";
 constexpr int kPluginUnknown = 3;
 constexpr char kCheck[] = "check";
 
@@ -69,8 +70,6 @@ class CommandLine {
   CommandLine& operator=(const CommandLine&) = delete;
 
   commandline::Outcome Read(int argc, char** argv) const { return commandline::Parse(program_, argc, argv); }
-  /// "" or a sentence about a word where a subcommand should stand, with the nearest one.
-  std::string StrayWord(int argc, char** argv) const;
   /// The command that explains what was typed.
   std::string HelpCommand() const;
   bool IsCheck() const { return command_ == kCheck; }
@@ -87,7 +86,7 @@ class CommandLine {
 
 CommandLine::CommandLine() {
   commandline::Command root{
-      .name = "vynctl",
+      .name = kTool,
       .summary = "Reads and operates the sensors, switches, watchdog and fans of an industrial board.",
       .arguments = {{.name = "-s,--simulate",
                      .target = &options.load.board,
@@ -123,42 +122,25 @@ const Action& CommandLine::Chosen() const {
   return actions_[i];
 }
 
-std::string CommandLine::StrayWord(int argc, char** argv) const {
-  if (!command_.empty()) return "";
-  std::vector<std::string> names;
-  for (const Subcommand& subcommand : kSubcommands) names.push_back(subcommand.name);
-  for (int i = 1; i < argc; ++i) {
-    if (argv[i][0] == '-' || argv[i] == options.load.board) continue;
-    return fmt::format("there is no subcommand '{}'{}", Printable(argv[i]), Suggestion(argv[i], names));
-  }
-  return "";
-}
-
 std::string CommandLine::HelpCommand() const {
   return command_.empty() ? "vynctl --help" : fmt::format("vynctl {} --help", command_);
 }
 
-/// Says what is wrong; in the form of a plugin for `check`, which must not claim a critical state.
-int Complain(const CommandLine& line, int status, const std::string& why) {
-  if (line.IsCheck()) {
-    fmt::print("VYNLIB UNKNOWN - {}\n", why);
-    return kPluginUnknown;
+/// Says what is wrong, in the form that was asked for; in that of a plugin for `check`, which must not claim a critical
+/// state.
+int Complain(const CommandLine& line, int status, const std::string& why, uint64_t code = VYNLIB_OK) {
+  const std::string suffix = code != VYNLIB_OK ? fmt::format(" (code {})", Hex(code)) : "";
+  if (line.options.json) {
+    Document document;
+    document.refusal = Refusal{code, why};
+    commandline::Print(kTool, IndentedText(ToJson(document, line.Command(), line.options, nullptr)) + '\n');
+  } else if (line.IsCheck()) {
+    commandline::Print(kTool, fmt::format("VYNLIB UNKNOWN - {}{}\n", why, suffix));
+  } else {
+    const std::string help = status == kUsage ? fmt::format("Try '{}'.\n", line.HelpCommand()) : "";
+    commandline::Say(fmt::format("{}: {}{}\n{}", kTool, why, suffix, help));
   }
-  fmt::print(stderr, "vynctl: {}\n", why);
-  if (status == kUsage) fmt::print(stderr, "Try '{}'.\n", line.HelpCommand());
-  return status;
-}
-
-/// A library that does not start, in the form that was asked for.
-int ReportNotStarted(const CommandLine& line, const LibraryError& error) {
-  if (!line.options.json) {
-    const std::string code = error.code != 0 ? fmt::format(" (code {})", Hex(error.code)) : "";
-    return Complain(line, kRefused, error.what() + code);
-  }
-  Document document;
-  document.refusal = Refusal{error.code, error.what()};
-  fmt::print("{}\n", IndentedText(ToJson(document, line.Command(), line.options, nullptr)));
-  return line.IsCheck() ? kPluginUnknown : kRefused;
+  return line.IsCheck() ? kPluginUnknown : status;
 }
 
 int RunChosen(const CommandLine& line) {
@@ -172,7 +154,7 @@ int Execute(const CommandLine& line) {
   try {
     return RunChosen(line);
   } catch (const LibraryError& error) {
-    return ReportNotStarted(line, error);
+    return Complain(line, kRefused, error.what(), error.code);
   } catch (const UsageError& error) {
     return Complain(line, kUsage, error.what());
   } catch (const std::exception& error) {
@@ -180,22 +162,14 @@ int Execute(const CommandLine& line) {
   }
 }
 
-std::string OneLine(std::string text) {
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  return std::string(Trim(text));
-}
-
 int Main(int argc, char** argv) {
   CommandLine line;
   const commandline::Outcome read = line.Read(argc, argv);
   switch (read.kind) {
     case commandline::Outcome::kAnswer:
-      fmt::print("{}", read.text);
-      return kDone;
-    case commandline::Outcome::kWrong: {
-      const std::string stray = line.StrayWord(argc, argv);
-      return Complain(line, kUsage, stray.empty() ? OneLine(read.error) : stray);
-    }
+      return commandline::Print(kTool, read.text) ? kDone : kRefused;
+    case commandline::Outcome::kWrong:
+      return Complain(line, kUsage, read.error);
     case commandline::Outcome::kRun:
       break;
   }
@@ -205,4 +179,7 @@ int Main(int argc, char** argv) {
 }  // namespace
 }  // namespace vynctl
 
-int main(int argc, char** argv) { return vynctl::Main(argc, argv); }
+int main(int argc, char** argv) {
+  commandline::HoldStandardDescriptors();
+  return vynctl::Main(argc, argv);
+}

@@ -4,12 +4,14 @@
 
 #include "AccessLog.h"
 #include "commandline/Command.h"
+#include "commandline/Streams.h"
 #include "hw/TReadWrite.h"
 #include "script/TInterpreter.h"
 #include "smbus/TSMBus.h"
 
 namespace {
 
+constexpr char kTool[] = "vynprobe";
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 constexpr int kMostBytes = 256;
@@ -166,7 +168,7 @@ std::vector<commandline::Argument> Arguments(const Transaction& transaction, Req
 
 commandline::Program Describe(Request& request, std::string& chosen) {
   commandline::Command root{
-      .name = "",
+      .name = kTool,
       .summary = "Runs one script or one SMBus transaction and prints every access it made",
       .arguments =
           {{.name = "-q,--quiet", .target = &request.quiet, .help = "Print the outcome alone"},
@@ -190,20 +192,23 @@ int Run(const Request& request, const std::string& chosen) {
   return Transfer(request, *std::find_if(std::begin(kTransactions), std::end(kTransactions), named));
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Main(int argc, char** argv) {
   Request request;
   std::string chosen;
   const commandline::Outcome read = commandline::Parse(Describe(request, chosen), argc, argv);
-  if (read.kind != commandline::Outcome::kRun) {
-    const bool answer = read.kind == commandline::Outcome::kAnswer;
-    std::fputs(read.text.c_str(), answer ? stdout : stderr);
-    return answer ? 0 : kUsage;
-  }
-  if (!probe::UseBoard(request.board) && !request.board.empty()) {
-    std::fputs("--board is for vynprobe-sim\n", stderr);
-    return kUsage;
-  }
-  return Run(request, chosen);
+  if (read.kind == commandline::Outcome::kAnswer) return commandline::Print(kTool, read.text) ? 0 : kFailed;
+  std::string mistake = read.text;
+  if (mistake.empty() && !probe::UseBoard(request.board) && !request.board.empty())
+    mistake = "vynprobe: --board is for vynprobe-sim\n";
+  if (mistake.empty()) return Run(request, chosen);
+  commandline::Say(mistake);
+  return kUsage;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  commandline::HoldStandardDescriptors();
+  const int status = Main(argc, argv);
+  return commandline::Flush(kTool) ? status : kFailed;
 }

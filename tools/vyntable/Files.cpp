@@ -39,7 +39,7 @@ Bytes ReadFile(const std::string& path) {
   if (size > kFileLimit) throw BadInput(path + ": larger than any firmware table");
   Bytes bytes(static_cast<size_t>(size));
   file.seekg(0);
-  file.read(reinterpret_cast<char*>(bytes.data()), size);
+  if (!file.read(reinterpret_cast<char*>(bytes.data()), size)) throw BadInput(path + ": " + std::strerror(errno));
   return bytes;
 }
 

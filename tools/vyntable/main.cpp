@@ -4,12 +4,16 @@
 
 #include <fmt/core.h>
 
+#include "commandline/Streams.h"
+#include "commandline/Words.h"
 #include "vyntable/Commands.h"
 #include "vyntable/Files.h"
 
 namespace {
 
 using namespace vyntable;
+
+constexpr char kTool[] = "vyntable";
 
 struct Subcommand {
   const char* name;
@@ -26,7 +30,7 @@ constexpr Subcommand kSubcommands[] = {
 int Run(int argc, char** argv) {
   std::string chosen;
   commandline::Command root{
-      .name = "vyntable", .summary = "Compiles, decompiles, checks and explains firmware tables.", .chosen = &chosen};
+      .name = kTool, .summary = "Compiles, decompiles, checks and explains firmware tables.", .chosen = &chosen};
   std::map<std::string, std::function<int()>> actions;
   for (const Subcommand& row : kSubcommands) {
     const Syntax syntax = row.describe();
@@ -35,19 +39,33 @@ int Run(int argc, char** argv) {
   }
   const commandline::Program program{.command = root, .version = "vyntable " VYNTABLE_VERSION};
   const commandline::Outcome read = commandline::Parse(program, argc, argv);
-  if (read.kind == commandline::Outcome::kRun) return actions.at(chosen)();
-  const bool answer = read.kind == commandline::Outcome::kAnswer;
-  fmt::print(answer ? stdout : stderr, "{}", read.text);
-  return answer ? kExitOk : kExitUsage;
+  switch (read.kind) {
+    case commandline::Outcome::kRun:
+      return actions.at(chosen)();
+    case commandline::Outcome::kAnswer:
+      return commandline::Print(kTool, read.text) ? kExitOk : kExitBadInput;
+    case commandline::Outcome::kWrong:
+      commandline::Say(read.text);
+      break;
+  }
+  return kExitUsage;
+}
+
+int RunOrExplain(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    // Output that could not be written is told at the end.
+    if (std::ferror(stdout) == 0)
+      commandline::Say(fmt::format("{}: {}\n", kTool, commandline::Printable(error.what())));
+    return kExitBadInput;
+  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  try {
-    return Run(argc, argv);
-  } catch (const std::exception& error) {
-    fmt::print(stderr, "vyntable: {}\n", error.what());
-    return kExitBadInput;
-  }
+  commandline::HoldStandardDescriptors();
+  const int status = RunOrExplain(argc, argv);
+  return commandline::Flush(kTool) ? status : kExitBadInput;
 }

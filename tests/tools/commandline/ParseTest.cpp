@@ -102,6 +102,9 @@ TEST(Parse, RefusesWhatTheRowsForbid) {
       {"go", "--every", "0.4"},       // outside the range
       {"go", "--every", "10.5"},      //
       {"go", "--every", "x"},         // no number
+      {"go", "--every", "nan"},       //
+      {"go", "--every", "1e999"},     //
+      {"go", "--each", ""},           // empty
       {"--colour", "green", "go"},    // none of the choices
       {"--board", "/nowhere", "go"},  // no file
       {"--flag", "go"},               // without what it needs
@@ -114,8 +117,50 @@ TEST(Parse, RefusesWhatTheRowsForbid) {
     const Outcome outcome = Tool().Reads(words);
     EXPECT_EQ(Outcome::kWrong, outcome.kind) << ::testing::PrintToString(words);
     EXPECT_NE("", outcome.error);
-    EXPECT_TRUE(outcome.text.starts_with(outcome.error)) << outcome.text;
+    EXPECT_TRUE(outcome.text.starts_with("tool: " + outcome.error + "\nTry 'tool")) << outcome.text;
   }
+}
+
+struct Sentence {
+  std::vector<std::string> typed;
+  const char* error;
+};
+
+TEST(Parse, SaysWhatIsWrong) {
+  const Sentence kSentences[] = {
+      {{"go", "--every", "nan"}, "--every: needs a number from 0.5 to 10, not 'nan'"},
+      {{"send", "x"}, "address: needs a whole number from 0 to 255, not 'x'"},
+      {{"send", "1", "-1"}, "bytes: needs a whole number from 0 to 4294967295, not '-1'"},
+      {{"send", "1", "99999999999999999999"},
+       "bytes: needs a whole number from 0 to 4294967295, not '99999999999999999999'"},
+      {{"--board", "", "go"}, "--board: must not be empty"},
+      {{"got"}, "there is no subcommand 'got' (did you mean 'go'?)"},
+      {{"dog", "food"}, "there is no subcommand 'food' (did you mean 'feed'?)"},
+      {{"dog", "zzzz"}, "there is no subcommand 'zzzz'"},
+  };
+  for (const Sentence& row : kSentences) EXPECT_EQ(row.error, Tool().Reads(row.typed).error);
+}
+
+TEST(Parse, ShowsNoControlCharacterOfWhatWasTyped) {
+  EXPECT_EQ("--board: File does not exist: /\\x1B[2J\\xFF", Tool().Reads({"--board", "/\x1b[2J\xff", "go"}).error);
+  EXPECT_EQ("there is no subcommand '\\x07a'", Tool().Reads({"\aa"}).error);
+}
+
+TEST(Parse, SetsFlagsInSpiteOfAMistake) {
+  Tool tool;
+  EXPECT_EQ(Outcome::kWrong, tool.KindOf({"go", "--unknown", "--flag", "--board", "/dev/null"}));
+  EXPECT_TRUE(tool.flag);
+}
+
+TEST(Parse, PointsToTheHelpOfTheCommand) {
+  EXPECT_EQ("tool: there is no subcommand 'food' (did you mean 'feed'?)\nTry 'tool dog --help'.\n",
+            Tool().Reads({"dog", "food"}).text);
+}
+
+TEST(Parse, ShowsTheUsageThatARowGives) {
+  Tool tool;
+  tool.program.command.commands[1].usage = "ADDRESS [COUNT]";
+  EXPECT_TRUE(tool.Reads({"send", "--help"}).text.starts_with("sends\nUsage: tool send [OPTIONS] ADDRESS [COUNT]\n"));
 }
 
 TEST(Parse, NamesTheCommandBeforeAMistake) {

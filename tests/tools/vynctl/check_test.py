@@ -58,6 +58,20 @@ class Check(tool.Case):
         self.verdict(3, "VYNLIB UNKNOWN - '5V' is not a range such as 10:20, 500:, ~:80 or @0:5", "-l", "+12V=5V")
         self.verdict(3, "VYNLIB UNKNOWN - The following argument was not expected: --bogus", "--bogus")
 
+    def test_is_unknown_where_the_limits_cannot_be_read(self):
+        folder = self.scratch()
+        self.verdict(3, f"VYNLIB UNKNOWN - cannot read the limits file {folder}", "-f", str(folder))
+        self.verdict(3, "VYNLIB UNKNOWN - cannot read the limits file /nowhere", "-f", "/nowhere")
+        # Its first page is never mapped, so that reading fails.
+        self.verdict(3, "VYNLIB UNKNOWN - cannot read the limits file /proc/self/mem", "-f", "/proc/self/mem")
+
+    def test_is_unknown_where_the_file_holds_no_limit(self):
+        limits = self.scratch() / "limits"
+        for text in ("", "\n\n", "# CPU Core=~:60\n"):
+            limits.write_text(text)
+            self.verdict(3, f"VYNLIB UNKNOWN - the limits file {limits} holds no limit", "-f", str(limits), "-l",
+                         "CPU Core=~:60")
+
     def test_is_unknown_when_the_library_does_not_start(self):
         done = self.stub("check", STUB_FAILS="1")
         self.assertEqual(3, done.returncode)

@@ -42,6 +42,45 @@ class Usage(tool.Case):
         self.assertEqual(1, len(set(runs)))
 
 
+    def test_mistyped_verb_gets_a_suggestion(self):
+        self.refuses(2, "vynctl: there is no subcommand 'stp' (did you mean 'stop'?)", "watchdog", "stp")
+
+    def test_ranges_are_named(self):
+        for arguments, message in ((["monitor", "--count", "-1"], "--count: needs a whole number from 0 to 4294967295, not '-1'"),
+                                   (["monitor", "--interval", "abc"], "--interval: needs a number from 0.01 to 86400, not 'abc'"),
+                                   (["monitor", "--interval", "nan"], "--interval: needs a number from 0.01 to 86400, not 'nan'"),
+                                   (["watchdog", "feed", "60", "--every", "nan"],
+                                    "--every: needs a number from 0.01 to 86400, not 'nan'")):
+            self.refuses(2, "vynctl: " + message, *arguments)
+
+    def test_empty_file_names_are_refused(self):
+        self.refuses(2, "vynctl: --output: must not be empty", "metrics", "--output", "")
+        self.assertEqual(3, self.run_tool("check", "--limits", "").returncode)
+
+    def test_mistakes_show_no_control_characters(self):
+        for arguments in (["\x1b[2J"], ["sensors", "--\x1b[2J"], ["get", "\x1b[2J"], ["watchdog", "\x1b[2J"],
+                          ["--color", "\x1b[2J", "info"], ["monitor", "--count", "\x1b[2J"], ["check", "-l", "\x1b[2J"],
+                          ["metrics", "--output", "/\x1b[2J/x"], ["-s", "\x1b[2J", "info"]):
+            done = self.run_tool(*arguments)
+            self.assertNotEqual(0, done.returncode)
+            self.assertIn("\\x1B[2J", done.stdout + done.stderr, arguments)
+            self.assertNotIn("\x1b", done.stdout + done.stderr, arguments)
+
+    def test_mistakes_are_json_where_that_was_asked_for(self):
+        for arguments, command, status, words in (
+                (["--json", "get", "wify"], "get", 2, "there is no feature 'wify'"),
+                (["sensors", "--bogus", "--json"], "sensors", 2, "--bogus"),
+                (["--json"], None, 2, "subcommand is required"),
+                (["senors", "-j"], None, 2, "there is no subcommand 'senors' (did you mean 'sensors'?)"),
+                (["watchdog", "start", "999", "-j"], "watchdog", 2, "SECONDS must be a number from 0 to 255"),
+                (["check", "--bogus", "--json"], "check", 3, "--bogus")):
+            done = self.run_tool(*arguments)
+            self.assertEqual((status, ""), (done.returncode, done.stderr), arguments)
+            document = self.validated(done.stdout)
+            self.assertEqual((command, False, 0), (document["command"], document["ok"], document["error"]["code"]))
+            self.assertIn(words, document["error"]["words"])
+
+
 class Start(tool.Case):
     def test_failure_gives_code_words_and_what_the_library_said(self):
         done = self.stub("sensors", STUB_FAILS="1")
@@ -109,6 +148,40 @@ class Output(tool.Case):
                               capture_output=True, text=True, env=tool.environment(), check=False)
         self.assertEqual((1, "vynctl: cannot write to standard output: Bad file descriptor\n"),
                          (done.returncode, done.stderr))
+
+
+    def shell(self, redirection, *arguments):
+        return subprocess.run(["/bin/sh", "-c", f'"$0" "$@" {redirection}', tool.VYNCTL, *arguments], env=tool.environment(),
+                              capture_output=True, text=True, timeout=60, check=False)
+
+    def test_of_answers_and_mistakes_never_aborts(self):
+        board = str(tool.HERE / "board.toml")
+        runs = ((["--help"], 1), (["--version"], 1), (["sensors", "--help"], 1), (["-s", board, "sensors"], 1),
+                (["-s", board, "sensors", "--json"], 1), (["-s", board, "get", "tpm"], 1), (["-s", board, "get", "wify"], 2),
+                (["nonsense"], 2), (["nonsense", "--json"], 2), (["check", "--bogus"], 3), (["-s", board, "check"], 3))
+        for redirection in (">/dev/full 2>/dev/full", ">&- 2>&-", "</dev/null >&- 2>&- <&-", "2>&- >/dev/full"):
+            for arguments, status in runs:
+                done = self.shell(redirection, *arguments)
+                self.assertEqual((status, ""), (done.returncode, done.stdout + done.stderr), (redirection, arguments))
+
+    def test_of_messages_that_cannot_be_written_keeps_the_status(self):
+        board = str(tool.HERE / "board.toml")
+        for redirection in ("2>/dev/full", "2>&-"):
+            done = self.shell(redirection, "-s", board, "get", "tpm")
+            self.assertEqual((1, ""), (done.returncode, done.stdout))
+            done = self.shell(redirection, "-s", board, "get", "wifi")
+            self.assertEqual((0, "1\n"), (done.returncode, done.stdout))
+
+    def test_is_json_whatever_the_arguments_are(self):
+        board = os.path.join(os.fsencode(self.scratch()), b"b\xff.toml")
+        pathlib.Path(os.fsdecode(board)).write_bytes((tool.HERE / "board.toml").read_bytes())
+        for arguments, status in (([b"info"], 0), ([b"get", b"\xff"], 2), ([b"fan", b"\xff"], 1), ([b"\xff"], 2),
+                                  ([b"sensors", b"\xff"], None), ([b"check", b"-l", b"\xff=1"], 3),
+                                  ([b"chip", b"fan", b"\xff"], 1), ([b"--\xff"], 2)):
+            done = subprocess.run([tool.VYNCTL, "-s", board, "--json", *arguments], capture_output=True, timeout=60,
+                                  env=tool.environment(), check=False)
+            self.validated(done.stdout.decode("utf-8", "strict"))
+            self.assertIn(done.returncode, (1, 2) if status is None else (status,), arguments)
 
 
 class Colours(tool.Case):

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -28,7 +29,8 @@ class Vyntable : public testing::Test {
   ~Vyntable() override { fs::remove_all(directory); }
 
   Outcome Run(const std::string& arguments) const {
-    const std::string command = std::string("cd '") + directory.string() + "' && " VYNTABLE " " + arguments + " 2>&1";
+    const std::string command =
+        std::string("cd '") + directory.string() + "' && { " VYNTABLE " " + arguments + "; } 2>&1";
     FILE* pipe = popen(command.c_str(), "r");
     Outcome outcome;
     char part[4096];
@@ -118,6 +120,42 @@ TEST_F(Vyntable, EndsWith1AndOneLineOnBadInput) {
     EXPECT_EQ(outcome.status, 1) << c.arguments;
     EXPECT_EQ(outcome.output, c.output);
   }
+}
+
+TEST_F(Vyntable, EndsWith1WhereItsOutputCannotBeWritten) {
+  for (const char* arguments : {"decompile " REFERENCE_BOARD, "explain " REFERENCE_BOARD, "check " REFERENCE_BOARD,
+                                "compile " REFERENCE_BOARD " -o out", "--help", "--version"}) {
+    const std::string message = Run(std::string(arguments) + " 2>&1 >/dev/full").output;
+    EXPECT_TRUE(message.starts_with("vyntable: cannot write to standard output")) << arguments << message;
+    EXPECT_EQ(std::ranges::count(message, '\n'), 1) << message;
+    EXPECT_EQ(Run(std::string(arguments) + " >/dev/full").status, 1) << arguments;
+    EXPECT_EQ(Run(std::string(arguments) + " >&-").status, 1) << arguments;
+  }
+}
+
+TEST_F(Vyntable, KeepsItsStatusWhereMessagesCannotBeWritten) {
+  EXPECT_EQ(Run("check none.bin >/dev/null 2>/dev/full").status, 1);
+  EXPECT_EQ(Run("check none.bin >/dev/null 2>&-").status, 1);
+  EXPECT_EQ(Run("bake >/dev/null 2>/dev/full").status, 2);
+  EXPECT_EQ(Run("check none.bin >&- 2>&-").status, 1);
+}
+
+TEST_F(Vyntable, WritesNoMessageIntoAFile) {
+  // Without a standard error, the board file that is written must not take its number.
+  EXPECT_EQ(Run("decompile " REFERENCE_BOARD " nothing.bin -o b.toml >&- 2>&-").status, 1);
+  EXPECT_EQ(Run("compile " REFERENCE_BOARD " -o tables >/dev/null 2>&-").status, 0);
+  EXPECT_EQ(Read("tables/iamt.bin").size(), 91u);
+}
+
+TEST_F(Vyntable, SuggestsTheSubcommandThatWasMeant) {
+  EXPECT_EQ(Run("decompil x").output,
+            "vyntable: there is no subcommand 'decompil' (did you mean 'decompile'?)\nTry 'vyntable --help'.\n");
+}
+
+TEST_F(Vyntable, ShowsNoControlCharacters) {
+  EXPECT_EQ(Run("check \"$(printf '\\033[2J')\"").output, "vyntable: \\x1B[2J: No such file or directory\n");
+  EXPECT_EQ(Run("\"$(printf '\\033[2J')\"").output,
+            "vyntable: there is no subcommand '\\x1B[2J'\nTry 'vyntable --help'.\n");
 }
 
 TEST_F(Vyntable, EndsWith2OnWrongUsage) {
