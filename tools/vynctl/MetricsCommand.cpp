@@ -1,16 +1,11 @@
 #include <fmt/core.h>
-#include <stdio.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <memory>
 
 #include "Metrics.h"
+#include "OutputFile.h"
 #include "Sensors.h"
 #include "Subcommand.h"
-#include "Text.h"
 
 namespace vynctl {
 namespace {
@@ -41,24 +36,12 @@ std::string Samples(const std::vector<Value>& sensors, const Quantity& quantity)
   return text;
 }
 
-/// Written beside its place and then moved there, so that a reader never meets half a file.
-void WriteFile(const std::string& path, const std::string& text) {
-  const std::string temporary = fmt::format("{}.{}", path, getpid());
-  std::ofstream file(temporary);
-  file << text;
-  file.close();
-  if (file && rename(temporary.c_str(), path.c_str()) == 0) return;
-  const std::string why = strerror(errno);
-  unlink(temporary.c_str());
-  throw std::runtime_error(fmt::format("cannot write {}: {}", Printable(path), why));
-}
-
 int Run(Context& context, const std::string& path) {
   Document document;
   document.values = ReadSensors(context.library);
   const std::string text = MetricsText(document.values, context.library.Model());
   if (path.empty()) return context.Finish(document, text);
-  WriteFile(path, text);
+  ReplaceFile(path, text);
   return kDone;
 }
 

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
 """sensors, metrics and the sensors of hostile and large boards."""
+import os
 import unittest
 
 import tool
@@ -112,6 +113,23 @@ class Metrics(tool.Case):
         self.assertEqual("", self.says("metrics", "--output", str(path)))
         self.assertEqual(self.says("metrics"), path.read_text())
         self.assertEqual([path], list(path.parent.iterdir()))
+
+    def test_go_to_regular_files_of_the_folder_alone(self):
+        folder = self.scratch()
+        (folder / "victim").write_text("precious")
+        (folder / "link.prom").symlink_to("victim")
+        os.mkfifo(folder / "fifo.prom")
+        for name in ("link.prom", "fifo.prom"):
+            self.refuses(1, f"vynctl: cannot write {folder / name}: it is there already and no regular file", "metrics",
+                         "--output", str(folder / name))
+        self.assertEqual("precious", (folder / "victim").read_text())
+
+    def test_that_a_killed_run_left_behind_are_removed(self):
+        folder = self.scratch()
+        (folder / ".x.prom.vynctl-0123456789abcdef").write_text("half")
+        self.says("metrics", "--output", str(folder / "x.prom"))
+        self.assertEqual(["x.prom"], [path.name for path in folder.iterdir()])
+        self.assertEqual(0o644, (folder / "x.prom").stat().st_mode & 0o7777)
 
     def test_that_cannot_be_written_fail(self):
         done = self.run_tool("metrics", "--output", "/nowhere/vynlib.prom")
