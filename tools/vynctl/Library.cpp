@@ -3,11 +3,11 @@
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <stdlib.h>
 
 #include <sstream>
 
 #include "Codes.h"
+#include "Environment.h"
 #include "Text.h"
 
 namespace vynctl {
@@ -17,22 +17,12 @@ constexpr char kRealLibrary[] = "libvynlib.so.1";
 constexpr char kSimulatedLibrary[] = "libvynlib-sim.so.1";
 // Only root may open it, so nobody else can hold up the tool.
 constexpr char kHardwareFile[] = "/dev/mem";
-constexpr char kBoardVariable[] = "VYNLIB_BOARD";
-constexpr char kLiveVariable[] = "VYNLIB_LIVE";
 constexpr char kModelPrefix[] = "ModelName::";
-// The library runs "modprobe msr" by its bare name, as root.
-constexpr char kSafePath[] = "/usr/sbin:/usr/bin:/sbin:/bin";
-
-void PrepareEnvironment(const LoadOptions& options) {
-  setenv("PATH", kSafePath, 1);
-  for (const char* name : {"ENV", "BASH_ENV", kBoardVariable, kLiveVariable}) unsetenv(name);
-  if (!options.board.empty()) setenv(kBoardVariable, options.board.c_str(), 1);
-  if (options.live) setenv(kLiveVariable, "1", 1);
-}
 
 void* Load(const char* fileName) {
   void* handle = dlopen(fileName, RTLD_NOW | RTLD_LOCAL);
-  if (handle == nullptr) throw LibraryError(fmt::format("cannot load the library: {}", dlerror()), 0);
+  if (handle == nullptr)
+    throw LibraryError(fmt::format("cannot load the library: {}; after installing it, run ldconfig", dlerror()), 0);
   return handle;
 }
 

@@ -1,7 +1,11 @@
 // A library that offers nothing: it starts, unless STUB_FAILS is set, and prints what matters of its environment.
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <initializer_list>
+#include <string>
 
 #include "vynlib/vynlib.h"
 
@@ -14,6 +18,15 @@ int No(uint64_t code) {
   return 0;
 }
 
+/// The variable as the program was started with it, whatever became of it since.
+bool WasStartedWith(const std::string& name) {
+  std::ifstream file("/proc/self/environ", std::ios::binary);
+  for (std::string variable; std::getline(file, variable, '\0');) {
+    if (variable.starts_with(name + '=')) return true;
+  }
+  return false;
+}
+
 const char* Environment(const char* name) {
   const char* value = std::getenv(name);
   return value != nullptr ? value : "(unset)";
@@ -23,12 +36,11 @@ const char* Environment(const char* name) {
 
 int VynLibDllInit(void) {
   std::puts("ModelName::STUB");
-  for (const char* name : {"PATH", "BASH_ENV", "VYNLIB_BOARD", "VYNLIB_LIVE"}) {
-    std::printf("%s is %s\n", name, Environment(name));
-  }
+  for (const char* name : {"PATH", "VYNLIB_BOARD", "VYNLIB_LIVE"}) std::printf("%s is %s\n", name, Environment(name));
+  for (char** variable = environ; *variable != nullptr; ++variable) std::printf("<%s>\n", *variable);
   std::fflush(stdout);
   if (std::system("echo from a command") != 0) return No(VYNLIB_ERROR_NOT_INITIALISED);
-  if (std::getenv("STUB_FAILS") == nullptr) return 1;
+  if (!WasStartedWith("STUB_FAILS")) return 1;
   std::puts("Please run as root!");
   return No(VYNLIB_ERROR_NOT_INITIALISED);
 }

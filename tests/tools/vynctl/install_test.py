@@ -28,12 +28,21 @@ class Install(tool.Case):
         self.assertLessEqual({"vynctl", "vyntable", "vynctl.schema.json", "vynlib-metrics.service",
                               "vynlib-watchdog.service", "limits"}, self.files(self.install("tools")))
 
-    def test_installed_tool_finds_the_installed_library(self):
+    def test_installed_tool_finds_the_library_where_the_system_looks(self):
         prefix = self.install("sim", "tools")
         board = next(prefix.rglob("reference.toml"))
+        library = next(prefix.rglob("libvynlib-sim.so.1")).parent
         done = subprocess.run([prefix / "bin/vynctl", "-s", board, "get", "wifi"], capture_output=True, text=True,
-                              env=tool.environment(), check=False)
+                              env=tool.environment(LD_LIBRARY_PATH=str(library)), check=False)
         self.assertEqual(("", "1\n"), (done.stderr, done.stdout))
+
+    def test_installed_tools_look_nowhere_else(self):
+        prefix = self.install("tools")
+        for name in ("vynctl", "vyntable"):
+            headers = subprocess.run(["readelf", "--dynamic", prefix / "bin" / name], check=True, capture_output=True,
+                                     text=True).stdout
+            self.assertIn("(NEEDED)", headers)
+            self.assertNotRegex(headers, r"\((RPATH|RUNPATH)\)")
 
     def test_program_builds_with_pkg_config(self):
         prefix = self.install("sim", "dev")

@@ -2,6 +2,7 @@
 """Start, usage, colours and what the library prints."""
 import os
 import pathlib
+import re
 import subprocess
 import unittest
 
@@ -116,8 +117,16 @@ class Environment(tool.Case):
 
     def test_is_made_safe_before_the_library_is_loaded(self):
         done = self.stub("sensors", STUB_FAILS="1", **self.evil)
-        self.assertIn("PATH is /usr/sbin:/usr/bin:/sbin:/bin, BASH_ENV is (unset), VYNLIB_BOARD is (unset), "
-                      "VYNLIB_LIVE is (unset), from a command, Please", done.stderr)
+        self.assertIn("PATH is /usr/sbin:/usr/bin:/sbin:/bin, VYNLIB_BOARD is (unset), VYNLIB_LIVE is (unset), ",
+                      done.stderr)
+
+    def test_reaches_the_library_as_far_as_it_says_how_to_speak(self):
+        kept = {"TERM": "vt220", "COLUMNS": "70", "LINES": "20", "NO_COLOR": "1", "LANG": "C", "LC_ALL": "C",
+                "LC_TIME": "C", "TZ": "UTC", "NOTIFY_SOCKET": "/run/x", "WATCHDOG_USEC": "5000000", "WATCHDOG_PID": "7"}
+        done = self.stub("sensors", STUB_FAILS="1", **self.evil, **kept, MODPROBE_OPTIONS="-C /tmp/evil", HOME="/tmp/evil",
+                         LD_PRELOAD="", **{"BASH_FUNC_modprobe%%": "() { touch /tmp/evil; }"})
+        found = dict(text.split("=", 1) for text in re.findall("<([^>]*)>", done.stderr))
+        self.assertEqual(kept | {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin"}, found)
 
     def test_names_the_board_and_its_liveliness(self):
         directory = self.scratch()
