@@ -53,9 +53,20 @@ void ReadCurrent(const Library& library, Fan& fan) {
   fan.parameters.data = std::vector<uint8_t>(block.begin() + 1, block.begin() + std::max<uint8_t>(count, 1));
 }
 
+/// The name of an entry that only identifies the fan's I/O chip ('vynctl chip fan NAME'): it contains "Id" and has no
+/// modes. Touches no hardware.
+bool IsIdentifying(const Library& library, const std::string& rawName) {
+  return rawName.find("Id") != std::string::npos && ReadModes(library, rawName).state == State::kUnavailable;
+}
+
 }  // namespace
 
-std::vector<std::string> FanNames(const Library& library) { return ListNames(library.Functions().GetFanConfigNames); }
+std::vector<std::string> FanNames(const Library& library) {
+  std::vector<std::string> names = ListNames(library.Functions().GetFanConfigNames);
+  if (names.empty()) return names;
+  std::erase_if(names, [&](const std::string& name) { return IsIdentifying(library, name); });
+  return names;
+}
 
 Fan ReadFan(const Library& library, const std::string& rawName) {
   Fan fan{.rawName = rawName,
@@ -71,10 +82,6 @@ std::vector<Fan> ReadFans(const Library& library) {
   std::vector<Fan> fans;
   for (const std::string& name : FanNames(library)) fans.push_back(ReadFan(library, name));
   return fans;
-}
-
-bool IsIdentifying(const Library& library, const std::string& rawName) {
-  return rawName.find("Id") != std::string::npos && ReadModes(library, rawName).state == State::kUnavailable;
 }
 
 std::vector<Value> FanValues(const std::vector<Fan>& fans) {

@@ -19,16 +19,13 @@ struct Fan {
   Value parameters;     ///< list: the current mode's parameters
 };
 
-/// Names of the fans as the library lists them, in firmware order. Empty with the library's code in the last error when
-/// the board offers no fan control.
+/// Names of the fans as the library lists them, in firmware order, without entries that only identify an I/O chip.
+/// Empty with the library's code in the last error when the board offers no fan control.
 std::vector<std::string> FanNames(const Library& library);
 
 /// Reads a fan's modes and its present mode with parameters.
 Fan ReadFan(const Library& library, const std::string& rawName);
 std::vector<Fan> ReadFans(const Library& library);
-/// True for the name of an entry that only identifies the fan's I/O chip ('vynctl chip fan NAME'): it contains "Id" and
-/// has no modes. Touches no hardware.
-bool IsIdentifying(const Library& library, const std::string& rawName);
 /// The three values of each fan, in order, with unique identifiers.
 std::vector<Value> FanValues(const std::vector<Fan>& fans);
 

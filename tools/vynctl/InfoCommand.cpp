@@ -75,11 +75,9 @@ std::string Text(const Context& context, const std::vector<Value>& values) {
   }
   add("Watchdog", OffersWatchdog(library) ? "yes" : "none");
   std::vector<std::string> fans;
-  for (const std::string& name : FanNames(library)) {
-    if (!IsIdentifying(library, name)) fans.push_back(Printable(Trim(name)));
-  }
+  for (const std::string& name : FanNames(library)) fans.push_back(Printable(Trim(name)));
   add("Fan control", fans.empty() ? "none" : fmt::format("{}", fmt::join(fans, ", ")));
-  const std::string features = OfferedFeatures(library, context.style.width - kFirstColumn);
+  const std::string features = OfferedFeatures(library, std::max(context.style.width, 2 * kFirstColumn) - kFirstColumn);
   for (size_t start = 0; start <= features.size();) {
     const size_t end = std::min(features.find('\n', start), features.size());
     add(start == 0 ? "Features" : "", features.substr(start, end - start));

@@ -1,8 +1,5 @@
 #include <fmt/core.h>
 
-#include <algorithm>
-#include <iterator>
-
 #include "FanText.h"
 #include "Features.h"
 #include "SensorText.h"
@@ -107,10 +104,7 @@ void Report::AddWatchdog() {
 void Report::AddFans() {
   const std::vector<Fan> fans = ReadFans(context_.library);
   Keep(FanValues(fans));
-  std::vector<Fan> shown;
-  std::copy_if(fans.begin(), fans.end(), std::back_inserter(shown),
-               [&](const Fan& fan) { return !IsIdentifying(context_.library, fan.rawName); });
-  if (!shown.empty()) Section("Fan control", FanTable(shown, context_.style, 2));
+  if (!fans.empty()) Section("Fan control", FanTable(fans, context_.style, 2));
 }
 
 void Report::AddFailures() {

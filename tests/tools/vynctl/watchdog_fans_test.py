@@ -74,6 +74,15 @@ class Fans(tool.Case):
         self.assertEqual({"fan/CPU_Fan/modes": [0, 2], "fan/CPU_Fan/mode": 2, "fan/CPU_Fan/parameters": [40, 80]},
                          {key: value["value"] for key, value in values.items()})
 
+    def test_that_only_identify_a_chip_are_none(self):
+        reference = tool.SOURCE / "boards/reference.toml"
+        self.assertNotIn("Id", self.run_on(reference, "fans").stdout)
+        self.assertNotIn("Id", self.run_on(reference, "report", "--json").stdout.replace("Identi", ""))
+        done = self.run_on(reference, "fan", "CPU Fan Id")
+        self.assertEqual((1, "vynctl: there is no fan 'CPU Fan Id' (did you mean 'CPU Fan'?) (code 0x1806)\n"),
+                         (done.returncode, done.stderr))
+        self.assertEqual(0, self.run_on(reference, "chip", "fan", "CPU Fan Id").returncode)
+
     def test_that_are_missing_are_refused(self):
         done = self.run_on(tool.HERE / "bare.toml", "fans")
         self.assertEqual((1, "vynctl: fan configuration: the board does not offer it (code 0x1800)\n"),
