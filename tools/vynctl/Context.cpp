@@ -3,7 +3,6 @@
 #include <fmt/core.h>
 #include <langinfo.h>
 #include <locale.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -11,6 +10,7 @@
 
 #include "Codes.h"
 #include "commandline/Streams.h"
+#include "commandline/Wrap.h"
 
 namespace vynctl {
 namespace {
@@ -40,6 +40,7 @@ Json ToJson(const Value& value) {
   Json::Object json = {{"id", value.id},     {"name", value.name},          {"quantity", value.quantity},
                        {"unit", value.unit}, {"value", ToJson(value.data)}, {"state", ToString(value.state)}};
   if (value.state != State::kOk) Append(json, CodeToJson(value.code, value.words));
+  if (!value.allowed.empty()) json.emplace_back("allowed", Json::Array(value.allowed.begin(), value.allowed.end()));
   return json;
 }
 
@@ -56,8 +57,7 @@ bool WantsColour(const Options& options, int descriptor) {
 }
 
 size_t WidthOf(int descriptor) {
-  winsize size{};
-  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  if (const size_t terminal = commandline::TerminalColumns(descriptor); terminal > 0) return terminal;
   const char* columns = getenv("COLUMNS");
   const int width = columns != nullptr ? atoi(columns) : 0;
   return width > 0 ? static_cast<size_t>(width) : kDefaultWidth;
@@ -97,6 +97,7 @@ Style StyleFor(const Options& options, int descriptor) {
   setlocale(LC_CTYPE, "");
   return {.colour = WantsColour(options, descriptor),
           .unicode = strcmp(nl_langinfo(CODESET), "UTF-8") == 0,
+          .terminal = isatty(descriptor) != 0,
           .width = WidthOf(descriptor)};
 }
 
@@ -104,7 +105,7 @@ int Context::Finish(const Document& document, const std::string& text) {
   if (options.json) {
     Print(IndentedText(ToJson(document, command, options, &library)) + '\n');
   } else {
-    Print(text);
+    Print(style.terminal ? commandline::Wrapped(text, style.width) : text);
     if (document.refusal) {
       const std::string code =
           document.refusal->code != 0 ? fmt::format(" (code {})", Hex(document.refusal->code)) : "";

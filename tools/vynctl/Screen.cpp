@@ -4,6 +4,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <sstream>
+
 #include "Text.h"
 
 namespace vynctl {
@@ -20,6 +22,17 @@ winsize SizeOf(int descriptor) {
   winsize size{};
   const bool known = ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0;
   return known ? size : kUsualSize;
+}
+
+/// Lines that are longer than the screen is wide, broken between words.
+std::vector<std::string> Wrapped(const std::vector<std::string>& text, size_t columns) {
+  std::vector<std::string> lines;
+  for (const std::string& line : text) {
+    std::istringstream parts(commandline::Wrapped(line, columns));
+    if (line.empty()) lines.emplace_back();
+    for (std::string part; std::getline(parts, part);) lines.push_back(part);
+  }
+  return lines;
 }
 
 }  // namespace
@@ -45,8 +58,9 @@ void Screen::Leave() {
   if (keys_) tcsetattr(STDIN_FILENO, TCSANOW, &former_);
 }
 
-void Screen::Show(const std::vector<std::string>& lines) const {
+void Screen::Show(const std::vector<std::string>& text) const {
   const winsize size = SizeOf(output_.Descriptor());
+  const std::vector<std::string> lines = Wrapped(text, size.ws_col);
   const bool cut = lines.size() > size.ws_row;
   const size_t shown = cut ? size.ws_row - 1u : lines.size();
   std::string frame = kHome;

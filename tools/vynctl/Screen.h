@@ -21,9 +21,9 @@ class Screen {
 
   void Enter();
   void Leave();
-  /// Shows the lines from the top, cut to the terminal's present size; when they do not fit, the last line says how
-  /// many are hidden.
-  void Show(const std::vector<std::string>& lines) const;
+  /// Shows the lines from the top, broken between words and cut to the terminal's present size; when they do not fit,
+  /// the last line says how many are hidden.
+  void Show(const std::vector<std::string>& text) const;
   /// A key that waits to be read, or 0.
   char Key() const;
   /// The descriptor that keys come from, or -1.

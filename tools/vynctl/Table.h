@@ -11,9 +11,10 @@ enum class Tone { kPlain, kHeading, kGood, kWarning, kBad, kFaint };
 
 /// How text may look where it goes.
 struct Style {
-  bool colour = false;   ///< escape sequences are welcome
-  bool unicode = false;  ///< UTF-8 is welcome (the degree sign)
-  size_t width = 80;     ///< columns
+  bool colour = false;    ///< escape sequences are welcome
+  bool unicode = false;   ///< UTF-8 is welcome (the degree sign)
+  bool terminal = false;  ///< lines longer than the width would be broken anywhere
+  size_t width = 80;      ///< columns
 
   /// `text` in the colour of `tone`, or as it is without colour.
   std::string Paint(Tone tone, const std::string& text) const;

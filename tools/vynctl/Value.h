@@ -27,8 +27,9 @@ struct Value {
   std::string unit = {};      ///< ASCII: "V", "C", "rpm", "A" or ""
   Data data = {};             ///< empty unless the state is kOk
   State state = State::kOk;
-  uint64_t code = 0;       ///< the library's code when not ok
-  std::string words = {};  ///< the code in words when not ok
+  uint64_t code = 0;                  ///< the library's code when not ok
+  std::string words = {};             ///< the code in words when not ok
+  std::vector<uint8_t> allowed = {};  ///< of a listed feature: the values that the firmware has, when it tells
 };
 
 /// Makes `value` a failure with the library's code, its words and the state that follows from it.
