@@ -9,6 +9,8 @@
 #include <memory>
 
 #include "Screen.h"
+#include "SensorChoice.h"
+#include "SensorText.h"
 #include "Sensors.h"
 #include "Signals.h"
 #include "Subcommand.h"
@@ -19,6 +21,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 struct Arguments {
+  std::vector<std::string> sensors;
   double seconds = 1;
   unsigned count = 0;  ///< views to show; 0: until ended
 };
@@ -39,16 +42,21 @@ double Number(const Value& value) {
 /// Reads, remembers the extremes and draws.
 class View {
  public:
-  View(const Context& context, const Arguments& arguments) : context_(context), seconds_(arguments.seconds) {}
+  View(const Context& context, const Arguments& arguments)
+      : context_(context), wanted_(arguments.sensors), seconds_(arguments.seconds) {}
 
   /// Reads the sensors again. What the library prints meanwhile is dropped, so that it cannot pile up.
+  /// @throws UsageError when one of those that were asked for does not exist
   void Refresh();
   void ForgetExtremes() { extremes_.clear(); }
   std::vector<std::string> Lines() const;
   const std::vector<Value>& Values() const { return values_; }
 
  private:
+  Table Rows() const;
+
   const Context& context_;
+  const std::vector<std::string>& wanted_;
   const double seconds_;
   std::vector<Value> values_;
   std::map<std::string, Extremes> extremes_;
@@ -58,6 +66,8 @@ class View {
 void View::Refresh() {
   values_ = ReadSensors(context_.library);
   context_.output.Take();
+  const std::string missing = Choose(values_, wanted_);
+  if (!missing.empty()) throw UsageError(fmt::format("{}; 'vynctl sensors' lists them", missing));
   now_ = std::time(nullptr);
   for (const Value& value : values_) {
     if (value.state != State::kOk) continue;
@@ -67,7 +77,7 @@ void View::Refresh() {
   }
 }
 
-std::vector<std::string> View::Lines() const {
+Table View::Rows() const {
   using enum Table::Align;
   const Style& style = context_.style;
   Table table({kLeft, kRight, kLeft, kRight, kRight, kLeft});
@@ -83,12 +93,22 @@ std::vector<std::string> View::Lines() const {
                {seen ? ShownData(known->second.highest) : "-", Tone::kFaint},
                {ShownFailure(value), tone}});
   }
+  return table;
+}
+
+std::vector<std::string> View::Lines() const {
+  const Style& style = context_.style;
   const std::string model = context_.library.Model().empty() ? "Unknown model" : context_.library.Model();
   const std::string hint = fmt::format("  {:%H:%M:%S}, every {} s   q quits, r resets", fmt::localtime(now_), seconds_);
   std::vector<std::string> lines = {style.Paint(Tone::kHeading, model) + style.Paint(Tone::kFaint, hint), ""};
   if (values_.empty()) lines.push_back("This board has no sensors.");
-  const std::vector<std::string> rows = table.Lines(style);
-  if (!values_.empty()) lines.insert(lines.end(), rows.begin(), rows.end());
+  const std::vector<std::string> rows = Rows().Lines(style);
+  for (size_t i = 0; i < values_.size(); ++i) {
+    if (i == 0) lines.push_back("  " + rows[0]);
+    if (i == 0 || values_[i].quantity != values_[i - 1].quantity)
+      lines.push_back(style.Paint(Tone::kHeading, QuantityTitle(values_[i].quantity)));
+    lines.push_back("  " + rows[i + 1]);
+  }
   return lines;
 }
 
@@ -152,10 +172,11 @@ int RunOnScreen(Context& context, const Arguments& arguments) {
   }
   const Signals signals;
   View view(context, arguments);
+  view.Refresh();
   Screen screen(context.output);
   Clock::time_point next = Clock::now();
   for (unsigned shown = 1;; ++shown) {
-    view.Refresh();
+    if (shown > 1) view.Refresh();
     screen.Show(view.Lines());
     if (shown == arguments.count) return kDone;
     next = std::max(next + Period(arguments), Clock::now());
@@ -185,7 +206,10 @@ int RunAsStream(Context& context, const Arguments& arguments) {
 
 Syntax DescribeMonitor() {
   const auto arguments = std::make_shared<Arguments>();
-  return {.arguments = {{.name = "-i,--interval",
+  return {.arguments = {{.name = "SENSOR",
+                         .target = &arguments->sensors,
+                         .help = "names, identifiers or quantities (voltage, temperature, ...); without: all"},
+                        {.name = "-i,--interval",
                          .target = &arguments->seconds,
                          .help = "seconds between two views (1)",
                          .range = {0.01, 86400}},

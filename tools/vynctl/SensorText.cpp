@@ -3,16 +3,13 @@
 #include "Sensors.h"
 
 namespace vynctl {
-namespace {
 
-std::string Title(const std::string& quantity) {
+std::string QuantityTitle(const std::string& quantity) {
   for (const Quantity& row : Quantities()) {
     if (quantity == row.name) return row.title;
   }
   return quantity;
 }
-
-}  // namespace
 
 std::vector<std::string> SensorLines(const std::vector<Value>& values, const Style& style, bool failures) {
   using enum Table::Align;
@@ -33,7 +30,7 @@ std::string GroupedSensors(const std::vector<Value>& values, const Style& style)
   std::string text;
   for (size_t i = 0; i < values.size(); ++i) {
     if (i == 0 || values[i].quantity != values[i - 1].quantity) {
-      text += (i == 0 ? "" : "\n") + style.Paint(Tone::kHeading, Title(values[i].quantity)) + '\n';
+      text += (i == 0 ? "" : "\n") + style.Paint(Tone::kHeading, QuantityTitle(values[i].quantity)) + '\n';
     }
     text += "  " + lines[i] + '\n';
   }

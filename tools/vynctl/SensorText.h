@@ -8,6 +8,9 @@
 
 namespace vynctl {
 
+/// "Voltages"
+std::string QuantityTitle(const std::string& quantity);
+
 /// One line per value: name, number, unit and, when `failures` is set, what is wrong.
 std::vector<std::string> SensorLines(const std::vector<Value>& values, const Style& style, bool failures);
 

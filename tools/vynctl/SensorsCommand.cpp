@@ -16,7 +16,7 @@ int Run(Context& context, const std::vector<std::string>& wanted) {
   document.values = ReadSensors(context.library);
   if (document.values.empty() && wanted.empty()) return context.Finish(document, "This board has no sensors.\n");
   const std::string missing = Choose(document.values, wanted);
-  if (!missing.empty()) document.refusal = Refusal{0, missing};
+  if (!missing.empty()) throw UsageError(fmt::format("{}; 'vynctl sensors' lists them", missing));
   return context.Finish(document, GroupedSensors(document.values, context.style));
 }
 

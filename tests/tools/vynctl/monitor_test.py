@@ -93,6 +93,33 @@ class Monitor(tool.Case):
         terminal.process.send_signal(signal.SIGTERM)
         self.assert_clean(terminal)
 
+    def test_shows_a_heading_per_quantity(self):
+        terminal = self.open("--count", "1")
+        self.assert_clean(terminal)
+        found = [text for text in re.findall("Voltages|Temperatures|Fan speeds|VCORE|CPU Core|Rear Fan", terminal.output)]
+        self.assertEqual(["Voltages", "VCORE", "Temperatures", "CPU Core", "Fan speeds", "Rear Fan"], found)
+
+    def test_shows_the_sensors_that_are_asked_for(self):
+        terminal = self.open("--count", "1", "fan-speed", "VCORE")
+        self.assert_clean(terminal)
+        for name, there in (("VCORE", True), ("CPU Fan", True), ("+12V", False), ("Temperatures", False)):
+            self.assertEqual(there, name in terminal.output, name)
+
+    def test_refuses_a_sensor_that_does_not_exist(self):
+        for form in ([], ["--json"]):
+            done = self.run_tool("monitor", "VCOR", "--count", "1", *form)
+            self.assertEqual(2, done.returncode)
+            self.assertNotIn(ENTER, done.stdout)
+        self.assertEqual(["voltage/VCORE"], [value["id"] for value in
+                                             self.validated(self.says("monitor", "VCORE", "-n", "1", "-j"))["values"]])
+
+    def test_breaks_lines_between_words_on_a_narrow_screen(self):
+        terminal = self.open("--count", "1", columns=30, rows=60)
+        self.assert_clean(terminal)
+        self.assertIn("counts", terminal.output)
+        lines = re.sub("\x1b\\[[0-9;?]*[a-zA-Z]", "", terminal.output).replace("\r", "").splitlines()
+        self.assertLessEqual(max(map(len, lines)), 30)
+
     def test_ends_after_the_wanted_number_of_views(self):
         terminal = self.open("--count", "3", "--interval", "0.02")
         self.assert_clean(terminal)
@@ -128,7 +155,13 @@ class Monitor(tool.Case):
         rows = re.split("\r+\n", plain)
         self.assertEqual(5, len(rows))
         self.assertLessEqual(max(len(row) for row in rows), 20)
-        self.assertEqual("... 6 more lines", rows[4])
+        self.assertRegex(rows[4], r"\A\.\.\. \d+ more lines\Z")
+
+    def test_counts_the_lines_that_do_not_fit(self):
+        # Two of a head, one of titles, three of quantities and seven of sensors; four are shown.
+        terminal = Terminal("monitor", "--count", "1", rows=5, columns=100)
+        self.assert_clean(terminal)
+        self.assertIn("... 9 more lines", terminal.output)
 
     def test_gives_the_terminal_back_while_it_is_stopped(self):
         terminal = self.open("--interval", "3600")

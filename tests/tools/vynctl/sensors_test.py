@@ -31,7 +31,8 @@ class Sensors(tool.Case):
         self.assertEqual("Fan speeds\n  CPU Fan   1000  rpm\n  Rear Fan     0  rpm\n", self.says("sensors", "fan-speed"))
 
     def test_that_do_not_exist_are_refused_with_the_nearest_name(self):
-        self.refuses(1, "vynctl: there is no sensor 'CPU cor' (did you mean 'CPU Core'?)", "sensors", "CPU cor")
+        self.refuses(2, "vynctl: there is no sensor 'CPU cor' (did you mean 'CPU Core'?); 'vynctl sensors' lists them",
+                     "sensors", "CPU cor")
 
     def test_are_the_same_in_json_and_one_failure_hides_nothing(self):
         values = self.values("sensors")
