@@ -29,7 +29,7 @@ class Help : public CLI::Formatter {
 
   std::string make_usage(const CLI::App* app, std::string name) const override {
     if (words_.empty()) return CLI::Formatter::make_usage(app, name);
-    return "Usage: " + name + " [OPTIONS] " + words_ + "\n\n";
+    return "Usage: " + name + " [OPTIONS] " + words_ + "\n";
   }
 
  private:

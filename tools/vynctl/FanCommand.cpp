@@ -16,6 +16,7 @@ struct Arguments {
   std::string name;
   std::string verb;
   std::vector<std::string> numbers;
+  bool yes = false;
 };
 
 constexpr uint64_t kNoSuchFan = (VYNLIB_FAMILY_FAN_CONFIG << 8) | 0x06;
@@ -55,9 +56,34 @@ std::string Explained(const Context& context, const std::string& rawName, uint64
                      *wanted == 1 ? "" : "s", given);
 }
 
-int Set(Context& context, const std::string& rawName, const std::vector<std::string>& numbers) {
+/// The mode, then its parameters.
+std::vector<uint8_t> Block(const Arguments& arguments) {
+  constexpr size_t kLargestBlock = 254;
+  if (arguments.numbers.empty()) throw UsageError("'set' needs MODE and the mode's parameters");
+  if (arguments.numbers.size() > kLargestBlock) throw UsageError("too many parameters");
   std::vector<uint8_t> block;
-  for (const std::string& number : numbers) block.push_back(ByteArgument(block.empty() ? "MODE" : "PARAM", number));
+  for (const std::string& number : arguments.numbers)
+    block.push_back(ByteArgument(block.empty() ? "MODE" : "PARAM", number));
+  return block;
+}
+
+bool Sets(const Arguments& arguments) {
+  if (!arguments.verb.empty() && arguments.verb != "set") {
+    throw UsageError(fmt::format("'{}' is not something a fan does; write 'vynctl fan NAME set MODE PARAM...'",
+                                 Printable(arguments.verb)));
+  }
+  return !arguments.verb.empty();
+}
+
+std::string Risk(const Arguments& arguments) {
+  if (!Sets(arguments) || arguments.yes) return "";
+  const std::vector<uint8_t> block = Block(arguments);
+  if (std::find(block.begin() + 1, block.end(), uint8_t{0}) == block.end()) return "";
+  return fmt::format("a parameter of 0 may stop {}, and a board that overheats cannot be told to start it again",
+                     Printable(Trim(arguments.name)));
+}
+
+int Set(Context& context, const std::string& rawName, const std::vector<uint8_t>& block) {
   const uint64_t code = SetFan(context.library, rawName, block);
   if (code == VYNLIB_OK)
     return Show(context, rawName, fmt::format("{} set to mode {}.\n", Printable(Trim(rawName)), block[0]));
@@ -67,18 +93,11 @@ int Set(Context& context, const std::string& rawName, const std::vector<std::str
 }
 
 int Run(Context& context, const Arguments& arguments) {
-  constexpr size_t kLargestBlock = 254;
-  const bool set = arguments.verb == "set";
-  if (!arguments.verb.empty() && !set) {
-    throw UsageError(fmt::format("'{}' is not something a fan does; write 'vynctl fan NAME set MODE PARAM...'",
-                                 Printable(arguments.verb)));
-  }
-  if (set && arguments.numbers.empty()) throw UsageError("'set' needs MODE and the mode's parameters");
-  if (arguments.numbers.size() > kLargestBlock) throw UsageError("too many parameters");
+  const std::vector<uint8_t> block = Sets(arguments) ? Block(arguments) : std::vector<uint8_t>{};
   const std::vector<std::string> names = FanNames(context.library);
   const std::optional<std::string> rawName = FindFan(names, arguments.name);
   if (!rawName) return NoSuchFan(context, names, arguments.name);
-  return set ? Set(context, *rawName, arguments.numbers) : Show(context, *rawName, "");
+  return block.empty() ? Show(context, *rawName, "") : Set(context, *rawName, block);
 }
 
 }  // namespace
@@ -92,7 +111,12 @@ Syntax DescribeFan() {
             .help = "name of the fan, as 'vynctl fans' lists it",
             .required = true},
            {.name = "VERB", .target = &arguments->verb, .help = "'set' to change the fan; without it the fan is shown"},
-           {.name = "NUMBERS", .target = &arguments->numbers, .help = "MODE and the mode's parameters, each 0 to 255"}},
+           {.name = "NUMBERS", .target = &arguments->numbers, .help = "MODE and the mode's parameters, each 0 to 255"},
+           {.name = "-y,--yes",
+            .target = &arguments->yes,
+            .help = "do not ask before what cannot be undone from the same prompt"}},
+      .usage = "NAME [set MODE [PARAM...]]",
+      .risk = [arguments] { return Risk(*arguments); },
       .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 

@@ -22,4 +22,20 @@ uint8_t ByteArgument(const char* what, const std::string& text) {
   return *byte;
 }
 
+std::vector<commandline::Argument> FeatureAndIndex(std::string& feature, std::string& index) {
+  return {{.name = "FEATURE",
+           .target = &feature,
+           .help = "name of the feature, as 'vynctl features' lists it",
+           .required = true},
+          {.name = "INDEX",
+           .target = &index,
+           .help = "instance of an indexed feature, such as the COM port; without it: all"}};
+}
+
+std::optional<uint8_t> IndexArgument(const Feature& feature, const std::string& text) {
+  if (text.empty()) return std::nullopt;
+  if (feature.shape == Shape::kIndexed) return ByteArgument("INDEX", text);
+  throw UsageError(fmt::format("{} has no instances; leave INDEX out", feature.name));
+}
+
 }  // namespace vynctl

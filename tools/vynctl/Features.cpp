@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include "Codes.h"
+#include "layout/RecordLayout.h"
 
 namespace vynctl {
 namespace {
@@ -22,14 +23,6 @@ Value Blank(const Feature& feature) {
   value.id = fmt::format("feature/{}", feature.name);
   value.name = FamilyName(feature.family);
   value.quantity = feature.shape == Shape::kVersion ? "version" : "state";
-  return value;
-}
-
-Value BlankAt(const Feature& feature, uint8_t index) {
-  Value value = Blank(feature);
-  if (feature.shape != Shape::kIndexed) return value;
-  value.id += fmt::format("/{}", index);
-  value.name += fmt::format(" {}", index);
   return value;
 }
 
@@ -63,43 +56,58 @@ uint64_t CallSetter(const Library& library, const Feature& feature, uint8_t inde
 Value CannotBeRead(const Feature& feature) {
   Value value = Blank(feature);
   value.state = State::kUnavailable;
-  value.words = "it can only be set, not read";
+  value.words = fmt::format("{} can only be set, not read", feature.name);
   return value;
 }
+
+consteval uint8_t TypeOf(std::string_view record) { return layout::Feature(record).type; }
 
 }  // namespace
 
 const std::vector<Feature>& Features() {
   static const std::vector<Feature> kFeatures = {
-      {"com-type", VYNLIB_FAMILY_COM_TYPE, Shape::kIndexed, "VynLibGetComType", "VynLibSetComType"},
-      {"com-power", VYNLIB_FAMILY_COM_POWER, Shape::kIndexed, "VynLibGetCOMPowerState", "VynLibSetCOMPowerState"},
-      {"lvds-state", VYNLIB_FAMILY_LVDS_STATE, Shape::kPlain, "VynLibGetLVDSState", "VynLibSetLVDSState"},
-      {"lvds-type", VYNLIB_FAMILY_LVDS_TYPE, Shape::kPlain, "VynLibGetLVDSType", "VynLibSetLVDSType"},
-      {"backlight", VYNLIB_FAMILY_BACKLIGHT, Shape::kPlain, nullptr, "VynLibBacklightCtrl"},
-      {"usb-power", VYNLIB_FAMILY_USB_POWER, Shape::kPlain, "VynLibGetUsbPwrState", "VynLibSetUsbPwrState"},
-      {"bluetooth", VYNLIB_FAMILY_BLUETOOTH, Shape::kPlain, "VynLibGetBTState", "VynLibSetBTState"},
-      {"wifi", VYNLIB_FAMILY_WIFI, Shape::kPlain, "VynLibGetWifiState", "VynLibSetWifiState"},
-      {"digital-io", VYNLIB_FAMILY_DIGITAL_IO, Shape::kIndexed, "VynLibGetDigitalIOState", "VynLibSetDigitalIOState"},
-      {"dio-config", VYNLIB_FAMILY_DIO_CONFIG, Shape::kIndexed, "VynLibGetDioConfig", "VynLibSetDioConfig"},
-      {"dio-enable", VYNLIB_FAMILY_DIO_ENABLE, Shape::kPlain, "VynLibGetDioEnPin", "VynLibSetDioEnPin"},
-      {"user-led", VYNLIB_FAMILY_USER_LED_STATE, Shape::kPlain, "VynLibGetUserLEDState", "VynLibSetUserLEDState"},
+      {"com-type", VYNLIB_FAMILY_COM_TYPE, Shape::kIndexed, "VynLibGetComType", "VynLibSetComType", TypeOf("ComType")},
+      {"com-power", VYNLIB_FAMILY_COM_POWER, Shape::kIndexed, "VynLibGetCOMPowerState", "VynLibSetCOMPowerState",
+       TypeOf("COMPowerState")},
+      {"lvds-state", VYNLIB_FAMILY_LVDS_STATE, Shape::kPlain, "VynLibGetLVDSState", "VynLibSetLVDSState",
+       TypeOf("LVDSState")},
+      {"lvds-type", VYNLIB_FAMILY_LVDS_TYPE, Shape::kPlain, "VynLibGetLVDSType", "VynLibSetLVDSType",
+       TypeOf("LVDSType")},
+      {"backlight", VYNLIB_FAMILY_BACKLIGHT, Shape::kPlain, nullptr, "VynLibBacklightCtrl", TypeOf("Backlight")},
+      {"usb-power", VYNLIB_FAMILY_USB_POWER, Shape::kPlain, "VynLibGetUsbPwrState", "VynLibSetUsbPwrState",
+       TypeOf("UsbPwrState")},
+      {"bluetooth", VYNLIB_FAMILY_BLUETOOTH, Shape::kPlain, "VynLibGetBTState", "VynLibSetBTState", TypeOf("BTState")},
+      {"wifi", VYNLIB_FAMILY_WIFI, Shape::kPlain, "VynLibGetWifiState", "VynLibSetWifiState", TypeOf("WifiState")},
+      {"digital-io", VYNLIB_FAMILY_DIGITAL_IO, Shape::kIndexed, "VynLibGetDigitalIOState", "VynLibSetDigitalIOState",
+       TypeOf("DigitalIOState")},
+      {"dio-config", VYNLIB_FAMILY_DIO_CONFIG, Shape::kIndexed, "VynLibGetDioConfig", "VynLibSetDioConfig",
+       TypeOf("DioConfig")},
+      {"dio-enable", VYNLIB_FAMILY_DIO_ENABLE, Shape::kPlain, "VynLibGetDioEnPin", "VynLibSetDioEnPin",
+       TypeOf("DioEnPin")},
+      {"user-led", VYNLIB_FAMILY_USER_LED_STATE, Shape::kPlain, "VynLibGetUserLEDState", "VynLibSetUserLEDState",
+       TypeOf("UserLEDState")},
       {"user-led-color", VYNLIB_FAMILY_USER_LED_COLOR, Shape::kIndexed, "VynLibGetUserLEDColor",
-       "VynLibSetUserLEDColor"},
+       "VynLibSetUserLEDColor", TypeOf("UserLEDColor")},
       {"debug-led-color", VYNLIB_FAMILY_DEBUG_LED_COLOR, Shape::kIndexed, "VynLibGetDbgLedColor",
-       "VynLibSetDbgLedColor"},
-      {"jgpio-power", VYNLIB_FAMILY_JGPIO_POWER, Shape::kPlain, "VynLibGetJGPIOPowerState", "VynLibSetJGPIOPowerState"},
-      {"tpm", VYNLIB_FAMILY_ONBOARD_TPM, Shape::kPlain, "VynLibGetOnboardTPMState", "VynLibSetOnboardTPMState"},
-      {"otp", VYNLIB_FAMILY_OTP, Shape::kPlain, "VynLibGetOTPState", "VynLibSetOTPState"},
+       "VynLibSetDbgLedColor", TypeOf("DbgLedColor")},
+      {"jgpio-power", VYNLIB_FAMILY_JGPIO_POWER, Shape::kPlain, "VynLibGetJGPIOPowerState", "VynLibSetJGPIOPowerState",
+       TypeOf("JGPIOPowerState")},
+      {"tpm", VYNLIB_FAMILY_ONBOARD_TPM, Shape::kPlain, "VynLibGetOnboardTPMState", "VynLibSetOnboardTPMState",
+       TypeOf("OnboardTPMState"), true},
+      {"otp", VYNLIB_FAMILY_OTP, Shape::kPlain, "VynLibGetOTPState", "VynLibSetOTPState", TypeOf("OTPState"), true},
       {"me-descriptor", VYNLIB_FAMILY_ME_DESCRIPTOR, Shape::kPlain, "VynLibGetMEDescriptorState",
-       "VynLibSetMEDescriptorState"},
+       "VynLibSetMEDescriptorState", TypeOf("MEDescriptorState"), true},
       {"intel-power", VYNLIB_FAMILY_INTEL_POWER, Shape::kPlain, "VynLibGetIntelPwrSolutionState",
-       "VynLibSetIntelPwrSolutionState"},
-      {"at-mode", VYNLIB_FAMILY_AT_MODE, Shape::kPlain, "VynLibGetATModeState", nullptr},
-      {"mfg-state", VYNLIB_FAMILY_MFG_STATE, Shape::kPlain, "VynLibGetMFGState", nullptr},
-      {"pcie-bandwidth", VYNLIB_FAMILY_PCIE_BANDWIDTH, Shape::kPlain, "VynLibGetPcieBandwidthMode", nullptr},
-      {"tb-cio-plug", VYNLIB_FAMILY_TB_CIO_PLUG, Shape::kPlain, "VynLibDetectTbCIOPlug", nullptr},
-      {"tb-frc-power", VYNLIB_FAMILY_TB_FRC_POWER, Shape::kPlain, "VynLibGetTbFRCPowerState", nullptr},
-      {"board-version", VYNLIB_FAMILY_BOARD_VERSION, Shape::kVersion, "VynLibMBVersionState", nullptr},
+       "VynLibSetIntelPwrSolutionState", TypeOf("IntelPwrSolutionState")},
+      {"at-mode", VYNLIB_FAMILY_AT_MODE, Shape::kPlain, "VynLibGetATModeState", nullptr, TypeOf("ATModeState")},
+      {"mfg-state", VYNLIB_FAMILY_MFG_STATE, Shape::kPlain, "VynLibGetMFGState", nullptr, TypeOf("MFGState")},
+      {"pcie-bandwidth", VYNLIB_FAMILY_PCIE_BANDWIDTH, Shape::kPlain, "VynLibGetPcieBandwidthMode", nullptr,
+       TypeOf("PcieBandwidthMode")},
+      {"tb-cio-plug", VYNLIB_FAMILY_TB_CIO_PLUG, Shape::kPlain, "VynLibDetectTbCIOPlug", nullptr, TypeOf("TbCIOPlug")},
+      {"tb-frc-power", VYNLIB_FAMILY_TB_FRC_POWER, Shape::kPlain, "VynLibGetTbFRCPowerState", nullptr,
+       TypeOf("TbFRCPowerState")},
+      {"board-version", VYNLIB_FAMILY_BOARD_VERSION, Shape::kVersion, "VynLibMBVersionState", nullptr,
+       TypeOf("MBVersionState")},
   };
   return kFeatures;
 }
@@ -128,7 +136,7 @@ bool OffersSetting(const Library& library, const Feature& feature) {
 
 Value ReadFeatureAt(const Library& library, const Feature& feature, uint8_t index) {
   if (feature.getter == nullptr) return CannotBeRead(feature);
-  Value value = BlankAt(feature, index);
+  Value value = BlankState(feature, index);
   int64_t state = 0;
   const uint64_t code = CallGetter(library, feature, index, VYNLIB_PERFORM, &state);
   if (code != VYNLIB_OK) return Failed(value, code);
@@ -150,6 +158,14 @@ std::vector<Value> ReadFeature(const Library& library, const Feature& feature) {
 
 uint64_t SetFeature(const Library& library, const Feature& feature, uint8_t index, uint8_t value) {
   return CallSetter(library, feature, index, value, VYNLIB_PERFORM);
+}
+
+Value BlankState(const Feature& feature, uint8_t index) {
+  Value value = Blank(feature);
+  if (feature.shape != Shape::kIndexed) return value;
+  value.id += fmt::format("/{}", index);
+  value.name += fmt::format(" {}", index);
+  return value;
 }
 
 std::string InstanceOf(const Value& value) {

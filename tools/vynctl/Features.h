@@ -23,6 +23,8 @@ struct Feature {
   Shape shape;
   const char* getter;  ///< exported function, or null: the feature can only be set
   const char* setter;  ///< exported function, or null: the feature can only be read
+  uint8_t recordType;  ///< of the firmware's entries
+  bool grave = false;  ///< setting it cannot be undone from the same prompt on every board
 };
 
 const std::vector<Feature>& Features();
@@ -44,6 +46,9 @@ std::vector<Value> ReadFeature(const Library& library, const Feature& feature);
 Value ReadFeatureAt(const Library& library, const Feature& feature, uint8_t index);
 /// The library's code: 0 when the state was set.
 uint64_t SetFeature(const Library& library, const Feature& feature, uint8_t index, uint8_t value);
+
+/// A state without its value, as it is called: `index` counts for indexed features alone.
+Value BlankState(const Feature& feature, uint8_t index);
 
 /// The instance number at the end of an indexed feature's identifier, or "".
 std::string InstanceOf(const Value& value);

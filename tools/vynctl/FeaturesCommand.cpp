@@ -1,9 +1,12 @@
-#include <fmt/core.h>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <memory>
 
-#include "Features.h"
+#include "FeatureValues.h"
 #include "Subcommand.h"
+#include "Text.h"
+#include "board/BoardTables.h"
 
 namespace vynctl {
 namespace {
@@ -13,12 +16,27 @@ const char* Access(const Library& library, const Feature& feature) {
   return read && set ? "get, set" : read ? "get" : set ? "set" : "";
 }
 
+/// "-" where the firmware's table tells nothing.
+std::string ShownAllowed(const Value& value) {
+  return value.allowed.empty() ? "-" : fmt::format("{}", fmt::join(value.allowed, " "));
+}
+
+/// Adds what each instance can be set to.
+void AddAllowed(const std::vector<AllowedValues>& allowed, std::vector<Value>& values) {
+  for (Value& value : values) {
+    const std::string instance = InstanceOf(value);
+    const auto index = ParseByte(instance.empty() ? "0" : instance).value_or(0);
+    value.allowed = AllowedAt(allowed, index);
+  }
+}
+
 void AddRows(Table& table, const Feature& feature, const std::vector<Value>& values, const char* access) {
   for (const Value& value : values) {
     const bool first = &value == &values.front();
     table.Add({{first ? feature.name : "", Tone::kHeading},
                {InstanceOf(value)},
                {ShownState(feature, value), value.state == State::kOk ? Tone::kPlain : ToneOf(value)},
+               {ShownAllowed(value), Tone::kFaint},
                {first ? access : "", Tone::kFaint},
                {Explain(feature, value), value.state == State::kOk ? Tone::kFaint : ToneOf(value)}});
   }
@@ -27,11 +45,13 @@ void AddRows(Table& table, const Feature& feature, const std::vector<Value>& val
 int Run(Context& context, bool all) {
   using enum Table::Align;
   Document document;
-  Table table({kLeft, kRight, kRight, kLeft, kLeft});
-  table.Heading({"FEATURE", "INDEX", "VALUE", "ACCESS", "WHAT"});
+  Table table({kLeft, kRight, kRight, kLeft, kLeft, kLeft});
+  table.Heading({"FEATURE", "INDEX", "VALUE", "ALLOWED", "ACCESS", "WHAT"});
+  BoardTables tables(context.options.load.board);
   for (const Feature& feature : Features()) {
     if (!all && !Offers(context.library, feature)) continue;
-    const std::vector<Value> values = ReadFeature(context.library, feature);
+    std::vector<Value> values = ReadFeature(context.library, feature);
+    AddAllowed(FindAllowed(tables.Iadt(), feature), values);
     AddRows(table, feature, values, Access(context.library, feature));
     document.values.insert(document.values.end(), values.begin(), values.end());
   }

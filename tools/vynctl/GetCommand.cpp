@@ -3,7 +3,9 @@
 #include <memory>
 
 #include "FeatureArguments.h"
+#include "FeatureValues.h"
 #include "Subcommand.h"
+#include "board/BoardTables.h"
 
 namespace vynctl {
 namespace {
@@ -13,9 +15,11 @@ struct Arguments {
   std::string index;
 };
 
-std::vector<Value> Read(const Library& library, const Feature& feature, const std::string& index) {
-  if (index.empty()) return ReadFeature(library, feature);
-  return {ReadFeatureAt(library, feature, ByteArgument("INDEX", index))};
+/// Says which instances there are when `index` is none of them.
+void NameInstances(const Context& context, const Feature& feature, uint8_t index, Document& document) {
+  const auto allowed = FindAllowed(BoardTables(context.options.load.board).Iadt(), feature);
+  const std::string wrong = WrongIndex(allowed, feature, index);
+  if (document.refusal && document.refusal->code != VYNLIB_OK && !wrong.empty()) document.refusal->words = wrong;
 }
 
 /// A single value stands alone, so that scripts can take it as it is; nothing for a single failure.
@@ -33,12 +37,15 @@ std::string Text(const Context& context, const Feature& feature, const std::vect
 
 int Run(Context& context, const Arguments& arguments) {
   const Feature& feature = NamedFeature(arguments.feature);
-  if (!arguments.index.empty() && feature.shape != Shape::kIndexed) {
-    throw UsageError(fmt::format("{} has no instances; leave INDEX out", feature.name));
-  }
+  const std::optional<uint8_t> index = IndexArgument(feature, arguments.index);
   Document document;
-  document.values = Read(context.library, feature, arguments.index);
+  if (index) {
+    document.values = {ReadFeatureAt(context.library, feature, *index)};
+  } else {
+    document.values = ReadFeature(context.library, feature);
+  }
   for (const Value& value : document.values) document.RefuseIfNotOk(value);
+  if (index) NameInstances(context, feature, *index, document);
   return context.Finish(document, Text(context, feature, document.values));
 }
 
@@ -46,13 +53,7 @@ int Run(Context& context, const Arguments& arguments) {
 
 Syntax DescribeGet() {
   const auto arguments = std::make_shared<Arguments>();
-  return {.arguments = {{.name = "FEATURE",
-                         .target = &arguments->feature,
-                         .help = "name of the feature, as 'vynctl features' lists it",
-                         .required = true},
-                        {.name = "INDEX",
-                         .target = &arguments->index,
-                         .help = "instance of an indexed feature, such as the COM port; without it: all"}},
+  return {.arguments = FeatureAndIndex(arguments->feature, arguments->index),
           .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 

@@ -16,6 +16,9 @@ struct Syntax {
   std::vector<commandline::Argument> arguments = {};
   std::vector<commandline::Command> verbs = {};  ///< when there are any, one of them must be given
   std::string* verb = nullptr;                   ///< receives it
+  std::string usage = {};                        ///< the words of the usage line, where the arguments do not tell
+  /// What cannot be undone from the same prompt, as a sentence; "" when nothing asks for consent. May be missing.
+  std::function<std::string()> risk = {};
   Action run;
 };
 
@@ -30,6 +33,7 @@ Syntax DescribeInfo();
 Syntax DescribeFeatures();
 Syntax DescribeGet();
 Syntax DescribeSet();
+Syntax DescribeValues();
 Syntax DescribeSensors();
 Syntax DescribeCheck();
 Syntax DescribeWatchdog();

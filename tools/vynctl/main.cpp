@@ -1,7 +1,9 @@
 // vynctl: operates a board from the shell.
 #include <fmt/core.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <iostream>
 #include <iterator>
 
 #include "Codes.h"
@@ -21,7 +23,8 @@ constexpr Subcommand kSubcommands[] = {
     {"report", "everything the board offers, on one screen", "vynctl report", DescribeReport},
     {"sensors", "voltages, temperatures, fan speeds and currents",
      "vynctl sensors\nvynctl sensors voltage\nvynctl sensors 'CPU Core' --json", DescribeSensors},
-    {"monitor", "the sensors, live", "vynctl monitor\nvynctl monitor --interval 5\nvynctl monitor --json --count 10",
+    {"monitor", "the sensors, live",
+     "vynctl monitor\nvynctl monitor temperature 'CPU Fan' --interval 5\nvynctl monitor --json --count 10",
      DescribeMonitor},
     {"check", "judge the sensors for a monitoring system",
      "vynctl check\nvynctl check --limit 'CPU Core=~:80,~:95' --limit '+12V=11.4:12.6,11:13'\n"
@@ -31,6 +34,8 @@ constexpr Subcommand kSubcommands[] = {
      "vynctl metrics\nvynctl metrics --output /var/lib/prometheus/node-exporter/vynlib.prom", DescribeMetrics},
     {"features", "every feature state that the board offers, with its values", "vynctl features\nvynctl features --all",
      DescribeFeatures},
+    {"values", "the values that a feature can take on this board", "vynctl values wifi\nvynctl values com-type 2",
+     DescribeValues},
     {"get", "read one feature state", "vynctl get wifi\nvynctl get com-type\nvynctl get com-type 2", DescribeGet},
     {"set", "change one feature state", "vynctl set wifi 1\nvynctl set com-type 2 0x03", DescribeSet},
     {"watchdog", "show, start, feed or stop the watchdog",
@@ -74,13 +79,13 @@ class CommandLine {
   std::string HelpCommand() const;
   bool IsCheck() const { return command_ == kCheck; }
   const std::string& Command() const { return command_; }
-  const Action& Chosen() const;
+  const Syntax& Chosen() const;
 
   Options options;
 
  private:
   std::string command_;
-  std::vector<Action> actions_;
+  std::vector<Syntax> syntaxes_;
   commandline::Program program_;
 };
 
@@ -105,21 +110,22 @@ CommandLine::CommandLine() {
       .footer = kFooter};
   for (const Subcommand& subcommand : kSubcommands) {
     const Syntax syntax = subcommand.describe();
-    actions_.push_back(syntax.run);
+    syntaxes_.push_back(syntax);
     root.commands.push_back({.name = subcommand.name,
                              .summary = subcommand.summary,
                              .arguments = syntax.arguments,
                              .commands = syntax.verbs,
                              .chosen = syntax.verb,
-                             .footer = ExamplesText(subcommand.examples)});
+                             .footer = ExamplesText(subcommand.examples),
+                             .usage = syntax.usage});
   }
   program_ = {.command = std::move(root), .version = "vynctl " VYNCTL_VERSION, .everywhere = true};
 }
 
-const Action& CommandLine::Chosen() const {
+const Syntax& CommandLine::Chosen() const {
   size_t i = 0;
   while (i + 1 < std::size(kSubcommands) && command_ != kSubcommands[i].name) ++i;
-  return actions_[i];
+  return syntaxes_[i];
 }
 
 std::string CommandLine::HelpCommand() const {
@@ -143,11 +149,30 @@ int Complain(const CommandLine& line, int status, const std::string& why, uint64
   return line.IsCheck() ? kPluginUnknown : status;
 }
 
+bool Answers(const std::string& question) {
+  commandline::Say(question);
+  std::string answer;
+  std::getline(std::cin, answer);
+  return answer == "y" || answer == "yes";
+}
+
+/// Asks before what cannot be undone from the same prompt, where somebody can answer.
+/// @throws UsageError where nobody can
+bool HasConsent(const CommandLine& line) {
+  const Syntax& syntax = line.Chosen();
+  const std::string risk = syntax.risk ? syntax.risk() : "";
+  if (risk.empty()) return true;
+  if (line.options.json || isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0)
+    throw UsageError(fmt::format("{}; --yes does it all the same", risk));
+  return Answers(fmt::format("{}: {}. Go on? [y/N] ", kTool, risk));
+}
+
 int RunChosen(const CommandLine& line) {
+  if (!HasConsent(line)) return Complain(line, kRefused, "nothing was changed");
   OutputDivert output;
   const Library library(line.options.load, output);
   Context context{line.Command(), line.options, library, output, StyleFor(line.options, output.Descriptor())};
-  return line.Chosen()(context);
+  return line.Chosen().run(context);
 }
 
 int Execute(const CommandLine& line) {

@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
 """info, report, features, get and set."""
+import os
+import subprocess
 import unittest
 
 import tool
@@ -40,17 +42,17 @@ class Info(tool.Case):
 class Features(tool.Case):
     def test_are_listed_with_values_access_and_failures(self):
         self.assertEqual(
-            "FEATURE        INDEX        VALUE  ACCESS    WHAT\n"
-            "com-type           1            0  get, set  COM port type 1\n"
-            "                   4            1            COM port type 4\n"
-            "lvds-state                  fault  get, set  0x601: the hardware is in none of the listed states\n"
-            "backlight             unavailable  set       it can only be set, not read\n"
-            "bluetooth                   fault  get, set  0xD01: the hardware is in none of the listed states\n"
-            "wifi                            1  get, set  Wi-Fi\n"
-            "otp                         fault  get, set  0x15: the firmware lists a command of a kind that cannot be "
-            "stepped over\n"
-            "at-mode                         2  get       AT mode\n"
-            "board-version              0x0305  get       board version: bits 00000101, 3 matching\n",
+            "FEATURE        INDEX        VALUE  ALLOWED  ACCESS    WHAT\n"
+            "com-type           1            0  0 1      get, set  COM port type 1\n"
+            "                   4            1  1                  COM port type 4\n"
+            "lvds-state                  fault  1        get, set  0x601: the hardware is in none of the listed states\n"
+            "backlight             unavailable  3        set       backlight can only be set, not read\n"
+            "bluetooth                   fault  0 1      get, set  0xD01: the hardware is in none of the listed states\n"
+            "wifi                            1  0 1      get, set  Wi-Fi\n"
+            "otp                         fault  1        get, set  0x15: the firmware lists a command of a kind that "
+            "cannot be stepped over\n"
+            "at-mode                         2  2        get       AT mode\n"
+            "board-version              0x0305  -        get       board version: bits 00000101, 3 matching\n",
             self.says("features"))
 
     def test_are_all_25_on_request(self):
@@ -66,6 +68,35 @@ class Features(tool.Case):
                          {key: value["value"] for key, value in values.items() if value["state"] == "ok"})
 
 
+    def test_have_their_allowed_values_in_json(self):
+        values = self.values("features")
+        self.assertEqual({"feature/com-type/1": [0, 1], "feature/com-type/4": [1], "feature/lvds-state": [1],
+                          "feature/backlight": [3], "feature/bluetooth": [0, 1], "feature/wifi": [0, 1],
+                          "feature/otp": [1], "feature/at-mode": [2]},
+                         {key: value["allowed"] for key, value in values.items() if "allowed" in value})
+
+
+class Values(tool.Case):
+    def test_are_listed_bare_or_by_instance(self):
+        self.assertEqual("0 1\n", self.says("values", "wifi"))
+        self.assertEqual("INDEX  VALUES\n    1  0 1\n    4  1\n", self.says("values", "com-type"))
+        self.assertEqual("0 1\n", self.says("values", "com-type", "1"))
+
+    def test_are_lists_in_json(self):
+        self.assertEqual({"feature/com-type/1/values": [0, 1], "feature/com-type/4/values": [1]},
+                         {key: value["value"] for key, value in self.values("values", "com-type").items()})
+
+    def test_that_the_board_does_not_have_are_refused(self):
+        self.refuses(1, "vynctl: on-board TPM: the board does not offer it (code 0x900)", "values", "tpm")
+        self.refuses(1, "vynctl: com-type has the instances 1 and 4, not 2", "values", "com-type", "2")
+        self.refuses(1, "vynctl: the firmware's table tells no values of board-version", "values", "board-version")
+
+    def test_refuse_wrong_usage(self):
+        self.refuses(2, "vynctl: there is no feature 'wify' (did you mean 'wifi'?); 'vynctl features --all' lists them",
+                     "values", "wify")
+        self.refuses(2, "vynctl: wifi has no instances; leave INDEX out", "values", "wifi", "1")
+
+
 class Get(tool.Case):
     def test_prints_the_bare_value(self):
         self.assertEqual("1\n", self.says("get", "wifi"))
@@ -77,12 +108,11 @@ class Get(tool.Case):
         self.assertEqual("INDEX  VALUE\n    1      0\n    4      1\n", self.says("get", "com-type"))
 
     def test_fails_with_the_code_in_hex_and_words(self):
-        self.refuses(1, "vynctl: COM port type: no entry of the board has this value or index (code 0x204)",
-                     "get", "com-type", "7")
+        self.refuses(1, "vynctl: com-type has the instances 1 and 4, not 7 (code 0x204)", "get", "com-type", "7")
         self.refuses(1, "vynctl: on-board TPM: the board does not offer it (code 0x900)", "get", "tpm")
         self.refuses(1, "vynctl: the firmware lists a command of a kind that cannot be stepped over (code 0x15)",
                      "get", "otp")
-        self.refuses(1, "vynctl: it can only be set, not read", "get", "backlight")
+        self.refuses(1, "vynctl: backlight can only be set, not read", "get", "backlight")
 
     def test_refuses_wrong_usage(self):
         self.refuses(2, "vynctl: there is no feature 'wify' (did you mean 'wifi'?); 'vynctl features --all' lists them",
@@ -107,8 +137,12 @@ class Set(tool.Case):
         self.assertEqual("bluetooth set to 1, but reads back 0\n", self.says("set", "bluetooth", "1"))
 
     def test_fails_with_the_code_in_hex_and_words(self):
-        self.refuses(1, "vynctl: Wi-Fi: no entry of the board has this value or index (code 0xE04)", "set", "wifi", "9")
-        self.refuses(1, "vynctl: backlight: no entry of the board has this value (code 0x1903)", "set", "backlight", "9")
+        self.refuses(1, "vynctl: wifi takes 0 or 1, not 9 (code 0xE04)", "set", "wifi", "9")
+        self.refuses(1, "vynctl: backlight takes 3, not 9 (code 0x1903)", "set", "backlight", "9")
+        self.refuses(1, "vynctl: com-type 1 takes 0 or 1, not 2 (code 0x204)", "set", "com-type", "1", "2")
+        self.refuses(1, "vynctl: com-type has the instances 1 and 4, not 2 (code 0x204)", "set", "com-type", "2", "1")
+        self.refuses(1, "vynctl: the firmware lists a command of a kind that cannot be stepped over (code 0x15)", "set",
+                     "otp", "1", "--yes")
 
     def test_of_a_missing_led_colour_names_the_right_family(self):
         self.refuses(1, "vynctl: user LED colour: the board does not offer it (code 0x1F00)", "set", "user-led-color",
@@ -118,7 +152,56 @@ class Set(tool.Case):
         self.refuses(2, "vynctl: at-mode can only be read", "set", "at-mode", "1")
         self.refuses(2, "vynctl: com-type needs INDEX and VALUE", "set", "com-type", "1")
         self.refuses(2, "vynctl: wifi takes one VALUE and no INDEX", "set", "wifi", "0", "1")
+        self.refuses(2, "vynctl: wifi takes one VALUE and no INDEX", "set", "wifi")
         self.refuses(2, "vynctl: VALUE must be a number from 0 to 255, not 'on'", "set", "wifi", "on")
+
+
+class Consent(tool.Case):
+    """What cannot be undone from the same prompt is done with --yes, or when a person says so."""
+    board = tool.SOURCE / "boards/reference.toml"
+
+    def at_terminal(self, answer, *arguments):
+        """Exit status and everything on the terminal, where `answer` is typed."""
+        leader, follower = os.openpty()
+        os.write(leader, answer.encode())
+        done = subprocess.run([tool.VYNCTL, "-s", str(self.board), *arguments], stdin=follower, stdout=follower,
+                              stderr=follower, env=tool.environment(), timeout=60, check=False)
+        os.close(follower)
+        text = os.read(leader, 65536).decode().replace("\r\n", "\n")
+        os.close(leader)
+        return done.returncode, text
+
+    def test_is_needed_where_nobody_can_be_asked(self):
+        for feature in ("tpm", "me-descriptor", "otp"):
+            self.refuses(2, f"vynctl: setting {feature} to 1 cannot be undone from here on every board; --yes does it all "
+                         "the same", "set", feature, "1")
+            self.assertEqual(f"{feature} set to 1\n", self.says("set", feature, "1", "--yes"))
+        self.assertEqual("usb-power set to 1\n", self.says("set", "usb-power", "1"))
+
+    def test_is_needed_for_a_fan_at_0(self):
+        self.refuses(2, "vynctl: a parameter of 0 may stop CPU Fan, and a board that overheats cannot be told to start it "
+                     "again; --yes does it all the same", "fan", "CPU Fan", "set", "1", "0")
+        self.assertIn("CPU Fan set to mode 1.\n", self.says("fan", "CPU Fan", "set", "1", "0", "-y"))
+        self.assertIn("CPU Fan set to mode 1.\n", self.says("fan", "CPU Fan", "set", "1", "9"))
+        self.assertIn("CPU Fan set to mode 0.\n", self.says("fan", "CPU Fan", "set", "0"))
+
+    def test_can_be_given_at_a_terminal(self):
+        question = "vynctl: setting tpm to 0 cannot be undone from here on every board. Go on? [y/N] "
+        for answer, status, end in (("y\n", 0, "tpm set to 0\n"), ("n\n", 1, "vynctl: nothing was changed\n"),
+                                    ("\n", 1, "vynctl: nothing was changed\n")):
+            code, text = self.at_terminal(answer, "set", "tpm", "0")
+            self.assertEqual(status, code)
+            self.assertIn(question, text)
+            self.assertTrue(text.endswith(end), text)
+
+    def test_is_not_asked_for_what_is_wrong_anyway(self):
+        self.refuses(2, "vynctl: VALUE must be a number from 0 to 255, not 'on'", "set", "tpm", "on")
+        self.refuses(2, "vynctl: tpm takes one VALUE and no INDEX", "set", "tpm")
+
+    def test_is_never_asked_for_in_json(self):
+        code, text = self.at_terminal("y\n", "--json", "set", "tpm", "0")
+        self.assertEqual(2, code)
+        self.assertIn("--yes does it", self.validated(text[text.index("{"):])["error"]["words"])
 
 
 class Report(tool.Case):

@@ -6,7 +6,7 @@ import jsonschema
 import tool
 
 COMMANDS = (["info"], ["report"], ["sensors"], ["monitor", "--count", "1"], ["check"], ["metrics"], ["features"],
-            ["features", "--all"], ["get", "wifi"], ["get", "com-type"], ["set", "wifi", "1"], ["watchdog", "status"],
+            ["features", "--all"], ["get", "wifi"], ["get", "com-type"], ["values", "wifi"], ["values", "com-type"], ["set", "wifi", "1"], ["watchdog", "status"],
             ["watchdog", "start", "60"], ["watchdog", "feed", "60"], ["watchdog", "stop"], ["fans"],
             ["fan", "CPU Fan"], ["chip", "3"], ["chip", "watchdog", "WDT"])
 

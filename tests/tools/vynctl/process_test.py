@@ -1,9 +1,12 @@
 #!/usr/bin/env python3
 """Start, usage, colours and what the library prints."""
+import fcntl
 import os
 import pathlib
 import re
+import struct
 import subprocess
+import termios
 import unittest
 
 import tool
@@ -23,7 +26,7 @@ class Usage(tool.Case):
         self.refuses(2, "vynctl: there is no subcommand 'sensor' (did you mean 'sensors'?)", "sensor")
 
     def test_mistakes_end_in_status_2(self):
-        for arguments in ([], ["--bogus"], ["sensors", "--bogus"], ["get"], ["set", "wifi"], ["watchdog"],
+        for arguments in ([], ["--bogus"], ["sensors", "--bogus"], ["get"], ["values"], ["set", "wifi"], ["watchdog"],
                           ["watchdog", "start"], ["--color", "pink", "sensors"]):
             done = self.run_tool(*arguments)
             self.assertEqual((2, ""), (done.returncode, done.stdout), arguments)
@@ -42,6 +45,12 @@ class Usage(tool.Case):
                                   ["get", "-s", board, "wifi", "-j"])]
         self.assertEqual(1, len(set(runs)))
 
+
+    def test_help_has_the_words_of_the_command_in_their_order(self):
+        for command, usage in (("set", "FEATURE [INDEX] VALUE"), ("get", "FEATURE [INDEX]"), ("values", "FEATURE [INDEX]"),
+                               ("fan", "NAME [set MODE [PARAM...]]"), ("sensors", "[SENSOR...]"),
+                               ("monitor", "[SENSOR...]"), ("chip", "KIND [NAME]")):
+            self.assertIn(f"\nUsage: vynctl {command} [OPTIONS] {usage}\n", self.run_on(None, command, "--help").stdout)
 
     def test_mistyped_verb_gets_a_suggestion(self):
         self.refuses(2, "vynctl: there is no subcommand 'stp' (did you mean 'stop'?)", "watchdog", "stp")
@@ -193,10 +202,11 @@ class Output(tool.Case):
             self.assertIn(done.returncode, (1, 2) if status is None else (status,), arguments)
 
 
-class Colours(tool.Case):
-    def on_terminal(self, *arguments, **changes):
+class Terminal(tool.Case):
+    def on_terminal(self, *arguments, columns=200, **changes):
         """What the tool prints on a terminal of its own."""
         leader, follower = os.openpty()
+        fcntl.ioctl(leader, termios.TIOCSWINSZ, struct.pack("HHHH", 50, columns, 0, 0))
         done = subprocess.run([tool.VYNCTL, "-s", str(tool.HERE / "board.toml"), *arguments], stdout=follower,
                               env=tool.environment(**changes), check=True)
         os.close(follower)
@@ -205,6 +215,23 @@ class Colours(tool.Case):
         self.assertEqual(0, done.returncode)
         return text
 
+
+class Width(Terminal):
+    def test_breaks_lines_between_words(self):
+        for command in (["report"], ["info"], ["features"], ["sensors"], ["fans"], ["set", "--help"]):
+            wide = self.on_terminal(*command, NO_COLOR="1", columns=1000)
+            for columns in (20, 40, 60):
+                narrow = self.on_terminal(*command, NO_COLOR="1", columns=columns)
+                words = [word for word in narrow.split() if len(word) < columns]
+                self.assertLessEqual(set(words), set(wide.split()), (command, columns))
+                for line in narrow.splitlines():
+                    self.assertTrue(len(line) <= columns or " " not in line.strip(), line)
+
+    def test_breaks_nothing_in_a_pipe(self):
+        self.assertEqual(self.says("features"), self.run_tool("features", COLUMNS="20").stdout)
+
+
+class Colours(Terminal):
     def test_are_for_terminals_only(self):
         self.assertNotIn("\x1b", self.says("sensors"))
         self.assertIn("\x1b[31mfault\x1b[0m", self.on_terminal("sensors"))
