@@ -5,6 +5,7 @@ import tempfile
 import unittest
 
 import exports
+import hardening
 import includes
 import seam
 
@@ -57,6 +58,29 @@ class Exports(unittest.TestCase):
 
     def test_reads_no_comment(self):
         self.assertEqual(set(), exports.declared("/* Call VynLibDllInit() first. */\n"))
+
+
+class Hardening(unittest.TestCase):
+    def test_wants_the_seam_by_plain_names(self):
+        plain = hardening.SEAM_CALLS | {"memcpy", "__memcpy_chk", "__stack_chk_fail"}
+        self.assertTrue(hardening.plain_seam(plain))
+        self.assertFalse(hardening.plain_seam(plain - {"pread"}))
+        for fortified in ("__pread_chk", "__pread64_chk", "__open_2", "__openat_2", "__open64_2", "__read_chk"):
+            self.assertFalse(hardening.plain_seam(plain | {fortified}), fortified)
+
+    def test_believes_no_mark_that_the_code_belies(self):
+        notes = "      Properties: x86 feature: IBT, SHSTK"
+        jumps = "00000000 <read@plt>:\n   0:\tendbr64\n"
+        self.assertTrue(hardening.branch_tracking(notes, "(INIT_ARRAY)", jumps))
+        self.assertFalse(hardening.branch_tracking(notes, "(INIT)", jumps))
+        self.assertFalse(hardening.branch_tracking(notes, "", jumps.replace("endbr64", "jmp")))
+        self.assertFalse(hardening.branch_tracking("      Properties: x86 feature: SHSTK", "", jumps))
+
+    def test_knows_the_highest_level_of_each_compiler(self):
+        for compiler, highest in (({"__GNUC__": "12"}, "3"), ({"__GNUC__": "11"}, "2"),
+                                  ({"__GNUC__": "4", "__clang__": "1"}, "3")):
+            for level in "23":
+                self.assertEqual(level == highest, hardening.fortified(compiler | {"__USE_FORTIFY_LEVEL": level}))
 
 
 if __name__ == "__main__":
