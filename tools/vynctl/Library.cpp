@@ -15,9 +15,13 @@ namespace {
 
 constexpr char kRealLibrary[] = "libvynlib.so.1";
 constexpr char kSimulatedLibrary[] = "libvynlib-sim.so.1";
-// Only root may open it, so nobody else can hold up the tool.
-constexpr char kHardwareFile[] = "/dev/mem";
 constexpr char kModelPrefix[] = "ModelName::";
+
+std::string LockFile(const LoadOptions& options) {
+  if (options.noLock) return "";
+  if (!options.lockFile.empty()) return options.lockFile;
+  return options.board.empty() ? VYNLIB_LOCK_PATH : "";
+}
 
 void* Load(const char* fileName) {
   void* handle = dlopen(fileName, RTLD_NOW | RTLD_LOCAL);
@@ -29,9 +33,7 @@ void* Load(const char* fileName) {
 }  // namespace
 
 Library::Library(const LoadOptions& options, OutputDivert& output)
-    : fileName_(options.board.empty() ? kRealLibrary : kSimulatedLibrary),
-      lock_(options.board.empty() ? kHardwareFile : "") {
-  lock_.Take();
+    : fileName_(options.board.empty() ? kRealLibrary : kSimulatedLibrary), lock_(LockFile(options), options.wait) {
   PrepareEnvironment(options);
   handle_ = Load(fileName_);
   Bind();
@@ -52,12 +54,13 @@ void* Library::Symbol(const char* name) const {
 }
 
 void Library::Bind() {
-  const auto bind = [this](auto& pointer, const char* name) {
-    pointer = Find<std::remove_pointer_t<std::remove_reference_t<decltype(pointer)>>>(name);
+  const auto bind = [this]<typename Function>(Guarded<Function>& member, const char* name) {
+    member = Find<Function>(name);
   };
   bind(api_.Init, "VynLibDllInit");
-  bind(api_.UnInit, "VynLibDllUnInit");
-  bind(api_.GetLastError, "VynLibDllGetLastError");
+  // These touch no hardware.
+  api_.UnInit = reinterpret_cast<decltype(api_.UnInit)>(Symbol("VynLibDllUnInit"));
+  api_.GetLastError = reinterpret_cast<decltype(api_.GetLastError)>(Symbol("VynLibDllGetLastError"));
   bind(api_.GetVoltage, "VynLibGetVoltage");
   bind(api_.GetTemperature, "VynLibGetTemperature");
   bind(api_.GetFanSpeed, "VynLibGetFanSpeed");

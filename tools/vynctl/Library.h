@@ -1,5 +1,5 @@
 /// The VynLib library, loaded at run time: the real one or the simulated one, initialised for as long as this exists.
-/// Runs of the tool on the real one take turns.
+/// Programs that use the real one take turns.
 #pragma once
 
 #include <cstdint>
@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Guarded.h"
 #include "HardwareLock.h"
 #include "OutputDivert.h"
 #include "vynlib/vynlib.h"
@@ -16,29 +17,30 @@
 namespace vynctl {
 
 /// The functions that the tool calls by name; the feature states are reached through Library::Find() by their rows.
+/// Those that may touch the hardware take their turn.
 struct Api {
-  decltype(&::VynLibDllInit) Init;
+  Guarded<decltype(::VynLibDllInit)> Init;
   decltype(&::VynLibDllUnInit) UnInit;
   decltype(&::VynLibDllGetLastError) GetLastError;
-  decltype(&::VynLibGetVoltage) GetVoltage;
-  decltype(&::VynLibGetTemperature) GetTemperature;
-  decltype(&::VynLibGetFanSpeed) GetFanSpeed;
-  decltype(&::VynLibGetCurrent) GetCurrent;
-  decltype(&::VynLibGetVoltageNames) GetVoltageNames;
-  decltype(&::VynLibGetTemperatureNames) GetTemperatureNames;
-  decltype(&::VynLibGetFanSpeedNames) GetFanSpeedNames;
-  decltype(&::VynLibGetCurrentNames) GetCurrentNames;
-  decltype(&::VynLibWDTEnable) WDTEnable;
-  decltype(&::VynLibWDTDisable) WDTDisable;
-  decltype(&::VynLibWDTSetInterval) WDTSetInterval;
-  decltype(&::VynLibWDTGetInterval) WDTGetInterval;
-  decltype(&::VynLibWDTGetCountMode) WDTGetCountMode;
-  decltype(&::VynLibGetFanConfigNames) GetFanConfigNames;
-  decltype(&::VynLibGetFANModeSupport) GetFANModeSupport;
-  decltype(&::VynLibGetFANConfig) GetFANConfig;
-  decltype(&::VynLibSetFANConfig) SetFANConfig;
-  decltype(&::VynLibTableSupported) TableSupported;
-  decltype(&::VynLibGetWhichIOToBeUse) GetWhichIOToBeUse;
+  Guarded<decltype(::VynLibGetVoltage)> GetVoltage;
+  Guarded<decltype(::VynLibGetTemperature)> GetTemperature;
+  Guarded<decltype(::VynLibGetFanSpeed)> GetFanSpeed;
+  Guarded<decltype(::VynLibGetCurrent)> GetCurrent;
+  Guarded<decltype(::VynLibGetVoltageNames)> GetVoltageNames;
+  Guarded<decltype(::VynLibGetTemperatureNames)> GetTemperatureNames;
+  Guarded<decltype(::VynLibGetFanSpeedNames)> GetFanSpeedNames;
+  Guarded<decltype(::VynLibGetCurrentNames)> GetCurrentNames;
+  Guarded<decltype(::VynLibWDTEnable)> WDTEnable;
+  Guarded<decltype(::VynLibWDTDisable)> WDTDisable;
+  Guarded<decltype(::VynLibWDTSetInterval)> WDTSetInterval;
+  Guarded<decltype(::VynLibWDTGetInterval)> WDTGetInterval;
+  Guarded<decltype(::VynLibWDTGetCountMode)> WDTGetCountMode;
+  Guarded<decltype(::VynLibGetFanConfigNames)> GetFanConfigNames;
+  Guarded<decltype(::VynLibGetFANModeSupport)> GetFANModeSupport;
+  Guarded<decltype(::VynLibGetFANConfig)> GetFANConfig;
+  Guarded<decltype(::VynLibSetFANConfig)> SetFANConfig;
+  Guarded<decltype(::VynLibTableSupported)> TableSupported;
+  Guarded<decltype(::VynLibGetWhichIOToBeUse)> GetWhichIOToBeUse;
 };
 
 /// The library cannot be loaded or does not start.
@@ -51,12 +53,15 @@ class LibraryError : public std::runtime_error {
 struct LoadOptions {
   std::string board;  ///< board description to simulate; empty: the real hardware
   bool live = false;  ///< simulated readings move
+  bool noLock = false;
+  std::string lockFile;  ///< empty: the one of all programs for the real hardware, none for a simulated board
+  double wait = 10;      ///< seconds to wait for the hardware
 };
 
 class Library {
  public:
   /// Prepares the environment, loads the library by its soname and calls VynLibDllInit.
-  /// @throws LibraryError
+  /// @throws LibraryError, LockError
   Library(const LoadOptions& options, OutputDivert& output);
   ~Library();
   Library(const Library&) = delete;
@@ -65,11 +70,11 @@ class Library {
   const Api& Functions() const { return api_; }
   uint64_t LastError() const { return api_.GetLastError(); }
 
-  /// The exported function `name` as a pointer of type `Function*`.
+  /// The exported function `name` of type `Function`.
   /// @throws LibraryError when the library does not have it
   template <typename Function>
-  Function* Find(const char* name) const {
-    return reinterpret_cast<Function*>(Symbol(name));
+  Guarded<Function> Find(const char* name) const {
+    return {reinterpret_cast<Function*>(Symbol(name)), lock_};
   }
 
   /// The board's model name as the library printed it at its start, printable ASCII; empty when it has none.
@@ -78,17 +83,8 @@ class Library {
   const std::vector<std::string>& Messages() const { return messages_; }
   const char* FileName() const { return fileName_; }
 
-  /// While one exists, other runs of the tool may use the hardware; this one must not.
-  class Idle {
-   public:
-    explicit Idle(const Library& library) : lock_(library.lock_) { lock_.Give(); }
-    ~Idle() { lock_.Take(); }
-    Idle(const Idle&) = delete;
-    Idle& operator=(const Idle&) = delete;
-
-   private:
-    const HardwareLock& lock_;
-  };
+  /// How the calls wait for the hardware.
+  HardwareLock& Lock() const { return lock_; }
 
  private:
   void* Symbol(const char* name) const;
@@ -96,7 +92,7 @@ class Library {
   void TakeMessages(const std::string& printed);
 
   const char* fileName_;
-  HardwareLock lock_;
+  mutable HardwareLock lock_;
   void* handle_;
   Api api_{};
   std::string model_;

@@ -32,7 +32,6 @@ struct Extremes {
 };
 
 constexpr double kMillisecondsPerSecond = 1000;
-constexpr int kNoKeys = -1;
 
 double Number(const Value& value) {
   const int64_t* whole = std::get_if<int64_t>(&value.data);
@@ -117,13 +116,7 @@ int MillisecondsUntil(Clock::time_point then) {
   return static_cast<int>(std::max<int64_t>(left + 1, 0));
 }
 
-Signals::Event WaitIdly(const Context& context, const Signals& signals, Clock::time_point next, int keys) {
-  const Library::Idle idle(context.library);
-  return signals.Wait(MillisecondsUntil(next), keys);
-}
-
-void Suspend(const Context& context, Screen& screen) {
-  const Library::Idle idle(context.library);
+void Suspend(Screen& screen) {
   screen.Leave();
   raise(SIGSTOP);
   screen.Enter();
@@ -140,15 +133,15 @@ bool Obey(char key, View& view) {
 }
 
 /// Waits for the next view, answering keys and the window meanwhile. False when the user ends it.
-bool WaitOnScreen(const Context& context, Screen& screen, View& view, const Signals& signals, Clock::time_point next) {
+bool WaitOnScreen(Screen& screen, View& view, const Signals& signals, Clock::time_point next) {
   while (Clock::now() < next) {
-    switch (WaitIdly(context, signals, next, screen.KeySource())) {
+    switch (signals.Wait(MillisecondsUntil(next), screen.KeySource())) {
       case Signals::Event::kStop:
         return false;
       case Signals::Event::kTimeout:
         continue;
       case Signals::Event::kSuspend:
-        Suspend(context, screen);
+        Suspend(screen);
         break;
       case Signals::Event::kKey:
         if (!Obey(screen.Key(), view)) return false;
@@ -180,7 +173,7 @@ int RunOnScreen(Context& context, const Arguments& arguments) {
     screen.Show(view.Lines());
     if (shown == arguments.count) return kDone;
     next = std::max(next + Period(arguments), Clock::now());
-    if (!WaitOnScreen(context, screen, view, signals, next)) return kDone;
+    if (!WaitOnScreen(screen, view, signals, next)) return kDone;
   }
 }
 
@@ -197,8 +190,16 @@ int RunAsStream(Context& context, const Arguments& arguments) {
     if (shown == arguments.count) return kDone;
     next = std::max(next + Period(arguments), Clock::now());
     while (Clock::now() < next) {
-      if (WaitIdly(context, signals, next, kNoKeys) == Signals::Event::kStop) return kDone;
+      if (signals.Wait(MillisecondsUntil(next)) == Signals::Event::kStop) return kDone;
     }
+  }
+}
+
+int Run(Context& context, const Arguments& arguments) {
+  try {
+    return context.options.json ? RunAsStream(context, arguments) : RunOnScreen(context, arguments);
+  } catch (const StoppedWaiting&) {
+    return kDone;
   }
 }
 
@@ -214,9 +215,7 @@ Syntax DescribeMonitor() {
                          .help = "seconds between two views (1)",
                          .range = {0.01, 86400}},
                         {.name = "-n,--count", .target = &arguments->count, .help = "end after so many views"}},
-          .run = [arguments](Context& context) {
-            return context.options.json ? RunAsStream(context, *arguments) : RunOnScreen(context, *arguments);
-          }};
+          .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 
 }  // namespace vynctl

@@ -7,7 +7,7 @@
 
 namespace vynctl {
 
-std::vector<std::string> ListNames(int (*getNames)(char** names, uint8_t* count, uint8_t selector)) {
+std::vector<std::string> ListNames(const NamesFunction& getNames) {
   uint8_t count = 0;
   if (getNames(nullptr, &count, VYNLIB_PERFORM) == 0 || count == 0) return {};
   std::vector<std::array<char, VYNLIB_NAME_BYTES>> buffers(count);

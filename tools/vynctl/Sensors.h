@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Library.h"
+#include "Names.h"
 #include "Value.h"
 
 namespace vynctl {
@@ -15,7 +16,7 @@ struct Quantity {
   const char* title;   ///< heading for people
   const char* unit;    ///< ASCII
   const char* metric;  ///< Prometheus metric
-  decltype(&::VynLibGetVoltageNames) Api::*names;
+  NamesFunction Api::*names;
   /// Reads one sensor; false leaves the library's code as the last error.
   bool (*read)(const Api& api, const char* sensor, float* reading);
 };

@@ -6,7 +6,7 @@
 namespace vynctl {
 
 /// While one exists, SIGINT, SIGTERM, SIGHUP, SIGWINCH, SIGTSTP and SIGCONT no longer act by themselves; Wait() reports
-/// them. The former state returns at the end.
+/// them. Those that the process was told to ignore stay ignored. The former state returns at the end.
 class Signals {
  public:
   enum class Event { kTimeout, kStop, kResize, kSuspend, kContinue, kKey };
@@ -18,6 +18,9 @@ class Signals {
 
   /// Waits up to `milliseconds`, for a signal or, when `keys` is a descriptor, for input on it.
   Event Wait(int milliseconds, int keys = -1) const;
+
+  /// Will Wait() report kStop?
+  static bool StopIsPending();
 
  private:
   Event Next() const;

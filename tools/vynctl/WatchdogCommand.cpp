@@ -87,7 +87,6 @@ uint64_t FeedRegularly(const Context& context, uint8_t interval, double every) {
   const int wait = static_cast<int>(every * kMillisecondsPerSecond);
   for (;;) {
     if (context.library.Functions().WDTSetInterval(interval, VYNLIB_PERFORM) == 0) return context.library.LastError();
-    const Library::Idle idle(context.library);
     if (signals.Wait(wait) == Signals::Event::kStop) return VYNLIB_OK;
   }
 }

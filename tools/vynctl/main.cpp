@@ -101,6 +101,16 @@ CommandLine::CommandLine() {
                      .target = &options.load.live,
                      .help = "let the simulated readings move",
                      .needs = "--simulate"},
+                    {.name = "--wait",
+                     .target = &options.load.wait,
+                     .help = "seconds to wait for a program that uses the hardware (10)",
+                     .range = {0, 86400}},
+                    {.name = "--no-lock",
+                     .target = &options.load.noLock,
+                     .help = "do not take turns with other programs that use the hardware"},
+                    {.name = "--lock-file",
+                     .target = &options.load.lockFile,
+                     .help = "take turns by this file instead of " VYNLIB_LOCK_PATH},
                     {.name = "-j,--json", .target = &options.json, .help = "print JSON (docs/vynctl.schema.json)"},
                     {.name = "--color",
                      .target = &options.colour,
@@ -180,6 +190,8 @@ int Execute(const CommandLine& line) {
     return RunChosen(line);
   } catch (const LibraryError& error) {
     return Complain(line, kRefused, error.what(), error.code);
+  } catch (const LockError& error) {
+    return Complain(line, kRefused, error.what());
   } catch (const UsageError& error) {
     return Complain(line, kUsage, error.what());
   } catch (const std::exception& error) {

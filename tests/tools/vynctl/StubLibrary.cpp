@@ -1,8 +1,13 @@
-// A library that offers nothing: it starts, unless STUB_FAILS is set, and prints what matters of its environment.
+// A library that offers nothing: it starts, unless STUB_FAILS is set, and prints what matters of its environment. Where
+// the file "feedings" lies in the working folder, it has a watchdog: each character is the fate of one feeding, the
+// last one that of all further ones ('1' done, '0' failed, 's' done after half a second), and the file "log" gets a
+// line with the time for each call.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <initializer_list>
 #include <string>
@@ -25,6 +30,25 @@ bool WasStartedWith(const std::string& name) {
     if (variable.starts_with(name + '=')) return true;
   }
   return false;
+}
+
+int Yes() {
+  lastError = VYNLIB_OK;
+  return 1;
+}
+
+std::string Fates() {
+  std::string text;
+  std::ifstream("feedings") >> text;
+  return text;
+}
+
+void Log(const char* what) {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  std::ofstream("log", std::ios::app) << std::fixed << what << ' '
+                                      << static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9
+                                      << std::endl;
 }
 
 const char* Environment(const char* name) {
@@ -65,8 +89,22 @@ int VynLibWDTEnable(uint8_t, uint8_t, uint8_t selector) {
   lastError = selector == VYNLIB_QUERY ? 0 : 0x1704;
   return 1;
 }
-int VynLibWDTDisable(uint8_t) { return No(0x1703); }
-int VynLibWDTSetInterval(uint8_t, uint8_t) { return No(0x1703); }
+int VynLibWDTDisable(uint8_t) {
+  if (Fates().empty()) return No(0x1703);
+  Log("stop");
+  return Yes();
+}
+int VynLibWDTSetInterval(uint8_t, uint8_t) {
+  static size_t done = 0;
+  const std::string fates = Fates();
+  if (fates.empty()) return No(0x1703);
+  const char fate = fates[std::min(done++, fates.size() - 1)];
+  Log("begin");
+  const timespec half{0, 500000000};
+  if (fate == 's') nanosleep(&half, nullptr);
+  Log(fate == '0' ? "failed" : "fed");
+  return fate == '0' ? No(0x1703) : Yes();
+}
 int VynLibWDTGetInterval(uint32_t*, uint8_t) { return No(0x1702); }
 int VynLibWDTGetCountMode(uint8_t*, uint8_t) { return No(0x170A); }
 int VynLibGetFanConfigNames(char**, uint8_t*, uint8_t) { return No(0x1800); }

@@ -53,7 +53,7 @@ class Case(unittest.TestCase):
 
     def stub(self, *arguments, **changes):
         """Without --simulate, over the library that stands in for the production one."""
-        return self.run_on(None, *arguments, LD_LIBRARY_PATH=STUB, **changes)
+        return self.run_on(None, "--no-lock", *arguments, LD_LIBRARY_PATH=STUB, **changes)
 
     def says(self, *arguments):
         """Standard output of a run that succeeds silently."""
