@@ -13,7 +13,8 @@
 
 namespace vynctl {
 
-enum ExitStatus { kDone = 0, kRefused = 1, kUsage = 2 };
+/// kUnwell: the watchdog is no longer fed, because the system was found unwell.
+enum ExitStatus { kDone = 0, kRefused = 1, kUsage = 2, kUnwell = 3 };
 
 /// The command line asks for something that cannot be.
 class UsageError : public std::runtime_error {

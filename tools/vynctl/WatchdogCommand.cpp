@@ -1,13 +1,15 @@
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "Codes.h"
 #include "FeatureArguments.h"
-#include "Signals.h"
+#include "Notice.h"
 #include "Subcommand.h"
 #include "Text.h"
 #include "Watchdog.h"
+#include "feeding/Feeder.h"
 
 namespace vynctl {
 namespace {
@@ -18,9 +20,13 @@ struct Arguments {
   std::string mode = "0";
   double every = 0;  ///< seconds between two feedings; 0 feeds once
   bool thenStop = false;
+  std::string unit;
+  std::string check;
+  double checkTime = 0;  ///< seconds; 0: half of `every`
+  bool barrier = false;
 };
 
-constexpr int kMillisecondsPerSecond = 1000;
+constexpr double kSecondsPerMinute = 60;
 
 std::string StatusText(const Context& context, const std::vector<Value>& values) {
   using enum Table::Align;
@@ -81,28 +87,90 @@ uint8_t FeedInterval(const Context& context, const Arguments& arguments) {
   return static_cast<uint8_t>(*number);
 }
 
-/// Feeds until a signal ends it.
-uint64_t FeedRegularly(const Context& context, uint8_t interval, double every) {
-  const Signals signals;
-  const int wait = static_cast<int>(every * kMillisecondsPerSecond);
-  for (;;) {
-    if (context.library.Functions().WDTSetInterval(interval, VYNLIB_PERFORM) == 0) return context.library.LastError();
-    if (signals.Wait(wait) == Signals::Event::kStop) return VYNLIB_OK;
+/// How long the interval is. Count mode 1 counts minutes on the boards that have it, and the user may know better.
+double SecondsOf(const Context& context, const Arguments& arguments, uint8_t interval) {
+  bool minutes = arguments.unit == "minutes";
+  if (arguments.unit.empty()) {
+    uint8_t mode = 0;
+    minutes = context.library.Functions().WDTGetCountMode(&mode, VYNLIB_PERFORM) != 0 && mode == 1;
   }
+  return minutes ? interval * kSecondsPerMinute : interval;
+}
+
+/// Refuses a plan that cannot keep the board alive, and warns of one that hardly can.
+void CheckPlan(const FeedPlan& plan) {
+  if (plan.every >= plan.seconds) {
+    throw UsageError(
+        fmt::format("feeding every {:g} s is too slow for an interval of {:g} s", plan.every, plan.seconds));
+  }
+  // The wait for the hardware comes on top of the period and the command.
+  if (!plan.check.empty() && plan.every * 4 / 3 + plan.checkSeconds >= plan.seconds) {
+    throw UsageError(
+        fmt::format("feeding every {:g} s after a command of up to {:g} s is too slow for an interval of {:g} s",
+                    plan.every, plan.checkSeconds, plan.seconds));
+  }
+  if (plan.every > plan.seconds / 2) {
+    Notice(fmt::format("feeding every {:g} s leaves no room for a failure in an interval of {:g} s; a third of it does",
+                       plan.every, plan.seconds));
+  }
+}
+
+/// As often as the user says, or oftener where the service manager wants to hear of it.
+double Period(const Arguments& arguments, const ServiceManager& manager) {
+  const double longest = manager.WatchdogSeconds() / 2;
+  if (longest <= 0 || arguments.every <= longest) return arguments.every;
+  Notice(fmt::format("feeding every {:g} s: the service manager wants to hear of it", longest));
+  return longest;
+}
+
+FeedPlan Plan(const Context& context, const Arguments& arguments, const ServiceManager& manager) {
+  if (arguments.barrier && !manager.IsThere()) throw UsageError("--barrier needs a service manager (NOTIFY_SOCKET)");
+  const uint8_t interval = FeedInterval(context, arguments);
+  const double every = Period(arguments, manager);
+  FeedPlan plan{.interval = interval,
+                .seconds = SecondsOf(context, arguments, interval),
+                .every = every,
+                .check = arguments.check,
+                .checkSeconds = arguments.checkTime > 0 ? arguments.checkTime : every / 2,
+                .barrier = arguments.barrier};
+  CheckPlan(plan);
+  return plan;
+}
+
+/// Feeds to the end, and stops the watchdog after a signal when that is wanted. Further signals wait until it is done.
+FeedEnd FeedToTheEnd(const Context& context, const FeedPlan& plan, bool thenStop) {
+  constexpr double kLongestWaitToStop = 1;
+  const ServiceManager manager;
+  Feeder feeder(context, plan, manager);
+  FeedEnd end = feeder.Run();
+  manager.Tell("STOPPING=1");
+  context.library.Lock().SetPatience({std::min(plan.every / 3, kLongestWaitToStop), true, true});
+  if (end.reason != FeedEnd::kSignal || !thenStop) return end;
+  const bool stopped = context.library.Functions().WDTDisable(VYNLIB_PERFORM) != 0;
+  return {stopped ? FeedEnd::kStopped : FeedEnd::kRefused, context.library.LastError()};
+}
+
+int FeedRegularly(Context& context, const Arguments& arguments) {
+  const FeedPlan plan = Plan(context, arguments, ServiceManager());
+  const FeedEnd end = FeedToTheEnd(context, plan, arguments.thenStop);
+  if (end.reason == FeedEnd::kStopped) return FinishWith(context, "Watchdog stopped.\n", VYNLIB_OK);
+  Notice(fmt::format("the watchdog counts on and resets the board in about {:g} s; 'vynctl watchdog stop' stops it",
+                     plan.seconds));
+  if (end.reason == FeedEnd::kSignal) return FinishWith(context, "Watchdog fed.\n", VYNLIB_OK);
+  Document document = Document::Refused(end.code);
+  if (end.reason == FeedEnd::kUnwell) document.refusal->words = end.words;
+  const int status = context.Finish(document, "");
+  return end.reason == FeedEnd::kUnwell ? kUnwell : status;
 }
 
 int Feed(Context& context, const Arguments& arguments) {
   if (!OffersWatchdog(context.library)) return context.Finish(Document::Refused(context.library.LastError()), "");
+  if (arguments.every > 0) return FeedRegularly(context, arguments);
   const uint8_t interval = FeedInterval(context, arguments);
-  uint64_t code = VYNLIB_OK;
-  if (arguments.every > 0) {
-    code = FeedRegularly(context, interval, arguments.every);
-  } else if (context.library.Functions().WDTSetInterval(interval, VYNLIB_PERFORM) == 0) {
-    code = context.library.LastError();
+  if (context.library.Functions().WDTSetInterval(interval, VYNLIB_PERFORM) != 0) {
+    return FinishWith(context, "Watchdog fed.\n", VYNLIB_OK);
   }
-  if (code != VYNLIB_OK) return context.Finish(Document::Refused(code), "");
-  if (arguments.thenStop) return Stop(context);
-  return FinishWith(context, "Watchdog fed.\n", VYNLIB_OK);
+  return context.Finish(Document::Refused(context.library.LastError()), "");
 }
 
 int Status(Context& context) {
@@ -143,6 +211,23 @@ commandline::Command FeedSyntax(Arguments& arguments) {
                         {.name = "--then-stop",
                          .target = &arguments.thenStop,
                          .help = "and stop the watchdog then",
+                         .needs = "--every"},
+                        {.name = "--unit",
+                         .target = &arguments.unit,
+                         .help = "what the interval counts: seconds or minutes; without it minutes in count mode 1",
+                         .choices = {"seconds", "minutes"}},
+                        {.name = "--check",
+                         .target = &arguments.check,
+                         .help = "feed only after this shell command has succeeded; end when it fails",
+                         .needs = "--every"},
+                        {.name = "--check-time",
+                         .target = &arguments.checkTime,
+                         .help = "seconds that the command may take (half of --every)",
+                         .range = {0.01, 86400},
+                         .needs = "--check"},
+                        {.name = "--barrier",
+                         .target = &arguments.barrier,
+                         .help = "feed only while the service manager reads its messages",
                          .needs = "--every"}}};
 }
 

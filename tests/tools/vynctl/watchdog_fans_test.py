@@ -45,7 +45,7 @@ class Watchdog(tool.Case):
 
     def test_feed_can_stop_the_watchdog_at_its_end(self):
         feeding = subprocess.Popen([tool.VYNCTL, "-s", str(tool.HERE / "board.toml"), "watchdog", "feed", "30",
-                                    "--every", "3600", "--then-stop", "--json"], stdout=subprocess.PIPE, text=True,
+                                    "--every", "10", "--then-stop", "--json"], stdout=subprocess.PIPE, text=True,
                                    env=tool.environment())
         tool.await_signal_handling(feeding)
         feeding.terminate()
