@@ -8,10 +8,11 @@
  *          and the right to open /dev/mem (the simulated library, libvynlib-sim, needs no privilege). After
  *          VynLibDllUnInit() the functions report, by design, that the board does not offer them, until the next
  *          VynLibDllInit().
- * Threads  Any thread may call, those made before VynLibDllInit() included. Calls must not overlap: the library takes
- *          no locks. The right to use ports belongs to a thread: VynLibDllInit() gives it to its own, any other gets it
- *          when it first calls. VynLibDllUnInit() takes it from its own thread; others keep it until they end. Threads
- *          and processes inherit it from the thread that makes them.
+ * Threads  Any thread may call, those made before VynLibDllInit() included. Calls must not overlap, nor those of other
+ *          processes: the library takes no locks, and <vynlib/lock.h> is one for all programs. The right to use ports
+ *          belongs to a thread: VynLibDllInit() gives it to its own, any other gets it when it first calls.
+ *          VynLibDllUnInit() takes it from its own thread; others keep it until they end. Threads and processes inherit
+ *          it from the thread that makes them.
  * Result   Truth values are int: 1 success, 0 failure. Every call leaves a code in the last error, 0 on success, with
  *          the exceptions named at the functions.
  * Selector The last argument of most functions. 0 asks only whether the board offers the function: no hardware is
