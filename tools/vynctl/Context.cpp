@@ -101,6 +101,8 @@ Style StyleFor(const Options& options, int descriptor) {
           .width = WidthOf(descriptor)};
 }
 
+std::string DoctorHint(const Options& options) { return options.load.board.empty() ? "; run 'vynctl doctor'" : ""; }
+
 int Context::Finish(const Document& document, const std::string& text) {
   if (options.json) {
     Print(IndentedText(ToJson(document, command, options, &library)) + '\n');

@@ -50,6 +50,9 @@ struct Document {
 /// The document in JSON after docs/vynctl.schema.json. `library` is null when it did not start.
 Json ToJson(const Document& document, const std::string& command, const Options& options, const Library* library);
 
+/// What ends a message about a failure of which 'vynctl doctor' knows more; empty on a simulated board.
+std::string DoctorHint(const Options& options);
+
 /// Terminal or not, colours, width: after --color, NO_COLOR, TERM, COLUMNS, the locale and the descriptor.
 Style StyleFor(const Options& options, int descriptor);
 

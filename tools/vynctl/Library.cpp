@@ -3,11 +3,13 @@
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <unistd.h>
 
 #include <sstream>
 
 #include "Codes.h"
 #include "Environment.h"
+#include "StartFailure.h"
 #include "Text.h"
 
 namespace vynctl {
@@ -37,12 +39,25 @@ Library::Library(const LoadOptions& options, OutputDivert& output)
   PrepareEnvironment(options);
   handle_ = Load(fileName_);
   Bind();
+  Start(options, output);
+}
+
+void Library::Start(const LoadOptions& options, OutputDivert& output) {
+  OutputDivert errors(STDERR_FILENO);
   const bool started = api_.Init() != 0;
+  const std::string complaints = errors.Take();
   TakeMessages(output.Take());
-  if (started) return;
+  if (started) {
+    errors.Write(complaints);
+    return;
+  }
   const uint64_t code = api_.GetLastError();
+  // A simulated board that cannot be read says so on standard error.
+  std::string cause =
+      options.board.empty() ? WhyNoPrivilege(doctor::LookAtPrivilege(doctor::Machine())) : Printable(Trim(complaints));
+  if (cause.empty()) cause = WordsFor(code);
   const std::string said = messages_.empty() ? "" : fmt::format("; it says: {}", fmt::join(messages_, ", "));
-  throw LibraryError(fmt::format("the library does not start: {}{}", WordsFor(code), said), code);
+  throw LibraryError(fmt::format("the library does not start: {}{}", cause, said), code);
 }
 
 Library::~Library() { api_.UnInit(); }

@@ -89,6 +89,7 @@ class Library {
  private:
   void* Symbol(const char* name) const;
   void Bind();
+  void Start(const LoadOptions& options, OutputDivert& output);
   void TakeMessages(const std::string& printed);
 
   const char* fileName_;

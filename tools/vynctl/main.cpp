@@ -144,11 +144,13 @@ std::string CommandLine::HelpCommand() const {
 
 /// Says what is wrong, in the form that was asked for; in that of a plugin for `check`, which must not claim a critical
 /// state.
-int Complain(const CommandLine& line, int status, const std::string& why, uint64_t code = VYNLIB_OK) {
-  const std::string suffix = code != VYNLIB_OK ? fmt::format(" (code {})", Hex(code)) : "";
+/// @param hint  what ends the message
+int Complain(const CommandLine& line, int status, const std::string& why, uint64_t code = VYNLIB_OK,
+             const std::string& hint = "") {
+  const std::string suffix = (code != VYNLIB_OK ? fmt::format(" (code {})", Hex(code)) : "") + hint;
   if (line.options.json) {
     Document document;
-    document.refusal = Refusal{code, why};
+    document.refusal = Refusal{code, why + hint};
     commandline::Print(kTool, IndentedText(ToJson(document, line.Command(), line.options, nullptr)) + '\n');
   } else if (line.IsCheck()) {
     commandline::Print(kTool, fmt::format("VYNLIB UNKNOWN - {}{}\n", why, suffix));
@@ -189,7 +191,8 @@ int Execute(const CommandLine& line) {
   try {
     return RunChosen(line);
   } catch (const LibraryError& error) {
-    return Complain(line, kRefused, error.what(), error.code);
+    const std::string hint = error.code != VYNLIB_OK ? DoctorHint(line.options) : "";
+    return Complain(line, kRefused, error.what(), error.code, hint);
   } catch (const LockError& error) {
     return Complain(line, kRefused, error.what());
   } catch (const UsageError& error) {

@@ -75,7 +75,8 @@ class Check(tool.Case):
     def test_is_unknown_when_the_library_does_not_start(self):
         done = self.stub("check", STUB_FAILS="1")
         self.assertEqual(3, done.returncode)
-        self.assertRegex(done.stdout, r"\AVYNLIB UNKNOWN - the library does not start: .*Please run as root! \(code 0x1\)\n\Z")
+        self.assertRegex(done.stdout, r"\AVYNLIB UNKNOWN - the library does not start: .*Please run as root! \(code 0x1\); "
+                         r"run 'vynctl doctor'\n\Z")
 
     def test_is_unknown_on_a_board_without_sensors(self):
         done = self.run_on(tool.HERE / "bare.toml", "check")

@@ -95,8 +95,15 @@ class Start(tool.Case):
     def test_failure_gives_code_words_and_what_the_library_said(self):
         done = self.stub("sensors", STUB_FAILS="1")
         self.assertEqual((1, ""), (done.returncode, done.stdout))
-        self.assertRegex(done.stderr, r"\Avynctl: the library does not start: not initialised, or the I/O privilege level "
-                         r"could not be raised; it says: .*, Please run as root! \(code 0x1\)\n\Z")
+        self.assertRegex(done.stderr, r"\Avynctl: the library does not start: .+; it says: .*, Please run as root! "
+                         r"\(code 0x1\); run 'vynctl doctor'\n\Z")
+
+    def test_failure_names_its_cause_beside_what_the_library_says(self):
+        board = self.scratch() / "unprivileged.toml"
+        board.write_text("[board]\nprivileged = false\n")
+        done = self.run_on(board, "sensors")
+        self.assertEqual((1, "vynctl: the library does not start: not initialised, or the I/O privilege level could not "
+                          "be raised; it says: Please run as root! (code 0x1)\n"), (done.returncode, done.stderr))
 
     def test_failure_to_load_is_explained(self):
         done = self.run_on(None, "sensors", LD_LIBRARY_PATH=str(self.broken_library()))
@@ -113,7 +120,10 @@ class Start(tool.Case):
         board.write_text("[bios]\nmodel = 3\n")
         done = self.run_on(board, "sensors")
         self.assertEqual((1, ""), (done.returncode, done.stdout))
-        self.assertRegex(done.stderr, r"broken\.toml:2: .+\nvynctl: the library does not start")
+        self.assertRegex(done.stderr, r"\Avynctl: the library does not start: \S+broken\.toml:2: .+; it says: Please run "
+                         r"as root! \(code 0x1\)\n\Z")
+        words = self.validated(self.run_on(board, "sensors", "--json").stdout)["error"]["words"]
+        self.assertRegex(words, r"\Athe library does not start: \S+broken\.toml:2: ")
 
     def test_missing_function_is_named(self):
         done = self.stub("features")
