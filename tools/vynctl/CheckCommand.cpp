@@ -9,6 +9,7 @@
 #include "Sensors.h"
 #include "Subcommand.h"
 #include "Text.h"
+#include "board/TablesFound.h"
 
 namespace vynctl {
 namespace {
@@ -46,12 +47,14 @@ Judged Judge(const Value& value, const std::vector<Limit>& limits) {
     judged.warning = limit.warning;
     judged.critical = limit.critical;
   }
-  if (value.state != State::kOk) {
+  if (!value.HasData()) {
     judged.gravity = kUnknown;
   } else if (!judged.critical.Accepts(Number(value))) {
     judged.gravity = kCritical;
   } else if (!judged.warning.Accepts(Number(value))) {
     judged.gravity = kWarning;
+  } else if (value.state == State::kDoubtful) {
+    judged.gravity = kUnknown;
   }
   return judged;
 }
@@ -65,9 +68,12 @@ std::string PluginText(std::string text) {
 
 std::string Complaint(const Judged& judged) {
   const Value& value = judged.value;
-  if (judged.gravity == kUnknown) return PluginText(fmt::format("{}: {}", value.name, ShownFailure(value)));
+  if (!value.HasData()) return PluginText(fmt::format("{}: {}", value.name, ShownFailure(value)));
+  std::string text = fmt::format("{} {} {}", value.name, ShownData(value), value.unit);
   const Range& broken = judged.gravity == kCritical ? judged.critical : judged.warning;
-  return PluginText(fmt::format("{} {} {} (good: {})", value.name, ShownData(value), value.unit, broken.text));
+  if (judged.gravity > kUnknown) text += fmt::format(" (good: {})", broken.text);
+  if (value.state == State::kDoubtful) text += fmt::format(" (doubtful: {})", ShownFailure(value));
+  return PluginText(text);
 }
 
 /// 'label'=value unit;warning;critical
@@ -77,7 +83,7 @@ std::string PerformanceData(const Judged& judged) {
       label.begin(), label.end(), [](char c) { return c == '=' || c == '\'' || c == '|'; }, '_');
   std::string tail = fmt::format(";{};{}", judged.warning.text, judged.critical.text);
   tail.erase(tail.find_last_not_of(';') + 1);
-  if (judged.value.state != State::kOk) return fmt::format("'{}'=U{}", label, tail);
+  if (!judged.value.HasData()) return fmt::format("'{}'=U{}", label, tail);
   return fmt::format("'{}'={}{}{}", label, Number(judged.value), judged.value.unit, tail);
 }
 
@@ -141,7 +147,10 @@ int Unknown(Context& context, const std::string& why) {
 
 int Run(Context& context, const Arguments& arguments) {
   const std::vector<Limit> limits = AllLimits(arguments);
-  std::vector<Value> values = ReadSensors(context.library);
+  if (const auto refusal = RefuseWithoutTables(context.library, context.options)) {
+    return Unknown(context, refusal->words);
+  }
+  std::vector<Value> values = ReadSensors(context.library, Doubts::About(context.options.load));
   std::string trouble = StrayLimit(values, limits);
   if (trouble.empty()) trouble = Choose(values, arguments.sensors);
   if (trouble.empty() && values.empty()) trouble = "this board has no sensors";

@@ -1,4 +1,5 @@
-#include <fmt/core.h>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <memory>
 
@@ -6,6 +7,9 @@
 #include "FeatureArguments.h"
 #include "Subcommand.h"
 #include "Text.h"
+#include "board/TablesFound.h"
+#include "layout/IoChips.h"
+#include "layout/Walk.h"
 
 namespace vynctl {
 namespace {
@@ -15,19 +19,12 @@ struct Arguments {
   std::string name;
 };
 
-struct IoChip {
-  uint8_t number;
-  const char* name;
-};
-
-/// What the library's I/O numbers stand for.
-constexpr IoChip kChips[] = {
-    {1, "Fintek 81966"}, {2, "Nuvoton 6126D"},   {3, "Nuvoton 5525D"},
-    {4, "MCU 121"},      {5, "Nuvoton 5525D-S"}, {6, "Nuvoton 6796D-S"},
-};
-
-constexpr uint8_t kWatchdogKind = 25;
-constexpr uint8_t kFanKind = 26;
+// Kinds are the numbers of record types; below these two, the board as a whole is asked about.
+constexpr uint8_t kWatchdogKind = layout::Feature("Watchdog").type;
+constexpr uint8_t kFanKind = layout::Feature("FanConfig").type;
+constexpr char kBoardKinds[] =
+    "kinds 1 to 24 ask for the board's chip of identifier 0, which has no number; 'vynctl chip' lists the entries that "
+    "name a chip";
 
 uint8_t Kind(const std::string& text) {
   if (text == "watchdog") return kWatchdogKind;
@@ -40,10 +37,72 @@ uint8_t Kind(const std::string& text) {
 }
 
 std::string ChipName(int64_t number) {
-  for (const IoChip& chip : kChips) {
-    if (chip.number == number) return chip.name;
+  for (const layout::IoChip& chip : layout::kIoChips) {
+    if (chip.number == number && std::string_view(chip.name) != layout::kOtherChip.name) return chip.name;
   }
   return "unnamed";
+}
+
+/// "Nuvoton 5525D-S" or, for one that the library does not know, "0x1234".
+std::string NameOf(uint64_t identifier) {
+  const layout::IoChip* chip = layout::FindIoChip(static_cast<uint16_t>(identifier));
+  return chip != nullptr && std::string_view(chip->name) != layout::kOtherChip.name
+             ? chip->name
+             : fmt::format("0x{:04X}", identifier);
+}
+
+/// What names the chips of a board: the record that lists them, and the entries that identify one each.
+class Identification {
+ public:
+  explicit Identification(const LoadOptions& options);
+
+  /// Empty when the table has no board information record, or cannot be read here.
+  const std::vector<std::string>& Chips() const { return chips_; }
+  bool HasTable() const { return hasTable_; }
+  bool HasRecord() const { return hasRecord_; }
+
+  struct Entry {
+    uint8_t kind;
+    std::string name;  ///< as in the firmware
+  };
+  const std::vector<Entry>& Entries() const { return entries_; }
+
+ private:
+  bool hasTable_ = false, hasRecord_ = false;
+  std::vector<std::string> chips_;
+  std::vector<Entry> entries_;
+};
+
+Identification::Identification(const LoadOptions& options) {
+  const std::vector<uint8_t> iamt = IamtOf(options);
+  hasTable_ = !iamt.empty();
+  for (layout::BoardRecordCursor cursor(layout::Covered(iamt)); cursor.Valid(); cursor.Next()) {
+    const layout::BoardRecordView record = cursor.Current();
+    if (!record.IsBoardRecord()) continue;
+    hasRecord_ = true;
+    chips_.clear();  // the last record counts
+    for (const size_t offset : layout::iamt::kChipIds) {
+      if (const uint64_t identifier = layout::Load(record.Kept(), offset, 2)) chips_.push_back(NameOf(identifier));
+    }
+  }
+  const std::vector<uint8_t> iadt = IadtOf(options);
+  for (layout::RecordCursor cursor(layout::Covered(iadt)); cursor.Valid(); cursor.Next()) {
+    const layout::RecordView record = cursor.Current();
+    if (record.Type() != kWatchdogKind && record.Type() != kFanKind) continue;
+    if (record.Value() != layout::iadt::kIdValue) continue;
+    const layout::View bytes = record.Name();
+    const std::string_view padded(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    entries_.push_back({record.Type(), std::string(padded.substr(0, padded.find('\0')))});
+  }
+}
+
+/// Why no chip can be told; nothing when one might.
+std::optional<Refusal> RefuseWithoutRecord(const Context& context, const Identification& known) {
+  if (known.HasRecord() || (!known.HasTable() && HasBothTables(context.library))) return std::nullopt;
+  const std::string where = known.HasTable() ? "it is not in the table IAMT"
+                                             : "the table IAMT was not found: " + SeekTables(context.options.load).iamt;
+  return Refusal{0, fmt::format("the firmware has no board information record, which names the board's chips; {}{}",
+                                where, DoctorHint(context.options))};
 }
 
 Value Ask(const Library& library, uint8_t kind, const std::string& name) {
@@ -58,18 +117,54 @@ Value Ask(const Library& library, uint8_t kind, const std::string& name) {
   return value;
 }
 
-int Run(Context& context, const Arguments& arguments) {
-  const uint8_t kind = Kind(arguments.kind);
-  if (kind >= kWatchdogKind && arguments.name.empty()) {
-    throw UsageError(fmt::format("kind {} needs NAME, the name of the board's identifying entry", kind));
+std::string Shown(const Value& value) {
+  const int64_t* number = std::get_if<int64_t>(&value.data);
+  return number != nullptr ? fmt::format("I/O chip {} ({})", *number, ChipName(*number)) : ShownFailure(value);
+}
+
+int List(Context& context, const Identification& known) {
+  using enum Table::Align;
+  Document document;
+  Table table({kLeft, kLeft, kLeft});
+  table.Heading({"KIND", "NAME", "WHAT"});
+  table.Add(
+      {{"1 to 24"}, {"-"}, {"the board as a whole: its chip of identifier 0, which has no number", Tone::kFaint}});
+  for (const Identification::Entry& entry : known.Entries()) {
+    const Value value = Ask(context.library, entry.kind, entry.name);
+    document.values.push_back(value);
+    table.Add({{entry.kind == kFanKind ? "fan (26)" : "watchdog (25)"},
+               {Printable(entry.name)},
+               {Shown(value), value.state == State::kOk ? Tone::kPlain : ToneOf(value)}});
   }
+  MakeIdsUnique(document.values);
+  if (known.Entries().empty())
+    table.Add({{"watchdog, fan"}, {"-"}, {"this board has no identifying entry", Tone::kFaint}});
+  const std::string chips = known.Chips().empty() ? "none" : fmt::format("{}", fmt::join(known.Chips(), ", "));
+  return context.Finish(document, fmt::format("The board's chips: {}\n\n{}", chips, table.Render(context.style)));
+}
+
+/// The library's reason and, of kinds that cannot name a chip, that they cannot.
+Refusal Explained(const Value& value, uint8_t kind) {
+  if (kind >= kWatchdogKind || value.code == VYNLIB_ERROR_NOT_INITIALISED) return {value.code, value.words};
+  return {value.code, fmt::format("{}; {}", value.words, kBoardKinds)};
+}
+
+int Run(Context& context, const Arguments& arguments) {
+  const uint8_t kind = arguments.kind.empty() ? 0 : Kind(arguments.kind);
+  if (kind >= kWatchdogKind && arguments.name.empty()) {
+    throw UsageError(
+        fmt::format("kind {} needs NAME, the name of the board's identifying entry; 'vynctl chip' lists them", kind));
+  }
+  const Identification known(context.options.load);
+  if (const std::optional<Refusal> refusal = RefuseWithoutRecord(context, known)) {
+    return context.Finish(Document::Refused(*refusal), "");
+  }
+  if (arguments.kind.empty()) return List(context, known);
   Document document;
   document.values = {Ask(context.library, kind, arguments.name)};
   const Value& value = document.values.front();
-  document.RefuseIfNotOk(value);
-  if (document.refusal) return context.Finish(document, "");
-  const int64_t number = std::get<int64_t>(value.data);
-  return context.Finish(document, fmt::format("I/O chip {} ({})\n", number, ChipName(number)));
+  if (value.state != State::kOk) document.refusal = Explained(value, kind);
+  return context.Finish(document, document.refusal ? "" : Shown(value) + '\n');
 }
 
 }  // namespace
@@ -78,8 +173,8 @@ Syntax DescribeChip() {
   const auto arguments = std::make_shared<Arguments>();
   return {.arguments = {{.name = "KIND",
                          .target = &arguments->kind,
-                         .help = "1 to 24, 'watchdog' (25) or 'fan' (26)",
-                         .required = true},
+                         .help = "'watchdog' (25) or 'fan' (26), or 1 to 24 for the board as a whole; without: lists "
+                                 "the board's chips and identifying entries"},
                         {.name = "NAME",
                          .target = &arguments->name,
                          .help = "name of the identifying entry, for 'watchdog' and 'fan'"}},

@@ -65,9 +65,11 @@ size_t WidthOf(int descriptor) {
 
 }  // namespace
 
-Document Document::Refused(uint64_t code) {
+Document Document::Refused(uint64_t code) { return Refused(Refusal{code, WordsFor(code)}); }
+
+Document Document::Refused(const Refusal& refusal) {
   Document document;
-  document.refusal = Refusal{code, WordsFor(code)};
+  document.refusal = refusal;
   return document;
 }
 

@@ -43,6 +43,7 @@ struct Document {
 
   /// A refusal with the library's code and its words.
   static Document Refused(uint64_t code);
+  static Document Refused(const Refusal& refusal);
   /// A refusal of a value that is not ok; nothing when it is.
   void RefuseIfNotOk(const Value& value);
 };

@@ -42,6 +42,6 @@ std::string FanTable(const std::vector<Fan>& fans, const Style& style, size_t in
   return table.Render(style, indent);
 }
 
-Syntax DescribeFans() { return {.run = Run}; }
+Syntax DescribeFans() { return {.needsTable = true, .run = Run}; }
 
 }  // namespace vynctl

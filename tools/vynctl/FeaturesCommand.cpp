@@ -64,6 +64,7 @@ int Run(Context& context, bool all) {
 Syntax DescribeFeatures() {
   const auto all = std::make_shared<bool>(false);
   return {.arguments = {{.name = "-a,--all", .target = all.get(), .help = "also those that the board does not offer"}},
+          .needsTable = true,
           .run = [all](Context& context) { return Run(context, *all); }};
 }
 

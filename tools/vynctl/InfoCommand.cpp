@@ -1,12 +1,15 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
+
 #include "Fans.h"
 #include "Features.h"
 #include "Sensors.h"
 #include "Subcommand.h"
 #include "Text.h"
 #include "Watchdog.h"
+#include "board/TablesFound.h"
 
 namespace vynctl {
 namespace {
@@ -24,10 +27,29 @@ Value Model(const Library& library) {
   return value;
 }
 
-std::vector<Value> Describe(const Library& library) {
+/// Reads the sensors where any of them could be in doubt.
+std::vector<Value> DoubtfulSensors(const Context& context) {
+  const Doubts doubts = Doubts::About(context.options.load);
+  if (!doubts.Any()) return {};
+  std::vector<Value> sensors = ReadSensors(context.library, doubts);
+  std::erase_if(sensors, [](const Value& value) { return value.state != State::kDoubtful; });
+  return sensors;
+}
+
+const Value& Find(const std::vector<Value>& values, std::string_view id) {
+  return *std::ranges::find(values, id, &Value::id);
+}
+
+std::vector<Value> Describe(const Context& context) {
+  const Library& library = context.library;
   std::vector<Value> values = {Model(library)};
-  const bool tables = library.Functions().TableSupported(VYNLIB_PERFORM) != 0;
-  values.push_back(Answer("board/tables", "firmware tables", "presence", tables));
+  const TablesSought sought = SeekTables(context.options.load);
+  values.push_back(Answer("board/tables", "firmware tables", "presence", HasBothTables(library)));
+  values.push_back(Answer("board/tables-source", "tables taken from", "text", sought.source));
+  values.push_back(Answer("board/iadt", "table IADT", "presence", HasIadt(library)));
+  values.push_back(Answer("board/iadt-sought", "table IADT was looked for", "text", sought.iadt));
+  values.push_back(Answer("board/iamt", "table IAMT", "presence", HasIamt(library, sought)));
+  values.push_back(Answer("board/iamt-sought", "table IAMT was looked for", "text", sought.iamt));
   for (const Quantity& quantity : Quantities()) {
     const auto count = static_cast<int64_t>(CountSensors(library, quantity));
     values.push_back(Answer(fmt::format("count/{}", quantity.name), quantity.title, "count", count));
@@ -38,7 +60,14 @@ std::vector<Value> Describe(const Library& library) {
     values.push_back(
         Answer(fmt::format("support/{}", feature.name), feature.name, "support", Offers(library, feature)));
   }
+  for (const Value& value : DoubtfulSensors(context)) values.push_back(value);
   return values;
+}
+
+/// The library's line, and what it means where the line does not tell.
+std::string InWords(const std::string& message) {
+  constexpr std::string_view kNoRecord = "Is Core8 ... ???";
+  return message == kNoRecord ? message + "  (it found no BIOS information record)" : message;
 }
 
 std::string OfferedFeatures(const Library& library, size_t width) {
@@ -68,8 +97,12 @@ std::string Text(const Context& context, const std::vector<Value>& values) {
   };
   add("Model", library.Model().empty() ? "unknown (no BIOS information record)" : library.Model(), Tone::kHeading);
   add("Library", Sources(context));
-  const bool tables = std::get<bool>(values[1].data);
-  add("Firmware tables", tables ? "found" : "not both found", tables ? Tone::kGood : Tone::kBad);
+  add("Tables from", ShownData(Find(values, "board/tables-source")));
+  for (const auto& [id, title] : {std::pair("board/iadt", "Table IADT"), std::pair("board/iamt", "Table IAMT")}) {
+    const bool found = std::get<bool>(Find(values, id).data);
+    const std::string sought = ShownData(Find(values, std::string(id) + "-sought"));
+    add(title, found ? "found" : "not found: " + sought, found ? Tone::kGood : Tone::kBad);
+  }
   for (const Value& value : values) {
     if (value.quantity == "count") add(value.name, ShownData(value) == "0" ? "none" : ShownData(value));
   }
@@ -83,13 +116,17 @@ std::string Text(const Context& context, const std::vector<Value>& values) {
     add(start == 0 ? "Features" : "", features.substr(start, end - start));
     start = end + 1;
   }
-  for (const std::string& message : library.Messages()) add("Library says", message, Tone::kWarning);
+  for (const Value& value : values) {
+    if (value.state != State::kDoubtful) continue;
+    add("Doubtful", fmt::format("{} {} {}: {}", value.name, ShownData(value), value.unit, value.words), Tone::kWarning);
+  }
+  for (const std::string& message : library.Messages()) add("Library says", InWords(message), Tone::kWarning);
   return table.Render(context.style);
 }
 
 int Run(Context& context) {
   Document document;
-  document.values = Describe(context.library);
+  document.values = Describe(context);
   document.extra = {{"messages", Json::Array(context.library.Messages().begin(), context.library.Messages().end())}};
   return context.Finish(document, Text(context, document.values));
 }

@@ -6,6 +6,8 @@
 #include "OutputFile.h"
 #include "Sensors.h"
 #include "Subcommand.h"
+#include "board/TablesFound.h"
+#include "commandline/Streams.h"
 
 namespace vynctl {
 namespace {
@@ -27,7 +29,7 @@ std::string Label(const std::string& text) {
 std::string Samples(const std::vector<Value>& sensors, const Quantity& quantity) {
   std::string text;
   for (const Value& value : sensors) {
-    if (value.quantity != quantity.name || value.state != State::kOk) continue;
+    if (value.quantity != quantity.name || !value.HasData()) continue;
     const int64_t* whole = std::get_if<int64_t>(&value.data);
     const std::string number =
         whole != nullptr ? fmt::format("{}", *whole) : fmt::format("{}", std::get<double>(value.data));
@@ -36,10 +38,39 @@ std::string Samples(const std::vector<Value>& sensors, const Quantity& quantity)
   return text;
 }
 
+std::string Health(bool up, bool tables) {
+  return Head("vynlib_up", "1 when the sensors could be asked.") + fmt::format("vynlib_up {:d}\n", up) +
+         Head("vynlib_tables_found", "1 when both firmware tables were found.") +
+         fmt::format("vynlib_tables_found {:d}\n", tables);
+}
+
+/// 1 or 0 for every sensor.
+std::string Marks(const std::vector<Value>& sensors, const char* metric, const char* help, State state) {
+  std::string text = Head(metric, help);
+  for (const Value& value : sensors) {
+    text += fmt::format("{}{{quantity=\"{}\",sensor=\"{}\"}} {:d}\n", metric, value.quantity,
+                        Label(DistinctName(value)), value.state == state);
+  }
+  return text;
+}
+
+/// To the file, or where there is none to standard output unless JSON goes there.
+void TellFailure(const std::string& path, const Options& options) {
+  if (!path.empty()) {
+    ReplaceFile(path, MetricsOfNothing());
+  } else if (!options.json) {
+    commandline::Print("vynctl", MetricsOfNothing());
+  }
+}
+
 int Run(Context& context, const std::string& path) {
+  if (const auto refusal = RefuseWithoutTables(context.library, context.options)) {
+    if (!path.empty()) ReplaceFile(path, MetricsOfNothing());
+    return context.Finish(Document::Refused(*refusal), path.empty() ? MetricsOfNothing() : "");
+  }
   Document document;
-  document.values = ReadSensors(context.library);
-  const std::string text = MetricsText(document.values, context.library.Model());
+  document.values = ReadSensors(context.library, Doubts::About(context.options.load));
+  const std::string text = MetricsText(document.values, context.library.Model(), HasBothTables(context.library));
   if (path.empty()) return context.Finish(document, text);
   ReplaceFile(path, text);
   return kDone;
@@ -47,8 +78,10 @@ int Run(Context& context, const std::string& path) {
 
 }  // namespace
 
-std::string MetricsText(const std::vector<Value>& sensors, const std::string& model) {
-  std::string text = Head("vynlib_board_info", "The board's model; always 1.");
+std::string MetricsOfNothing() { return Health(false, false); }
+
+std::string MetricsText(const std::vector<Value>& sensors, const std::string& model, bool tables) {
+  std::string text = Health(true, tables) + Head("vynlib_board_info", "The board's model; always 1.");
   text += fmt::format("vynlib_board_info{{model=\"{}\"}} 1\n", Label(model));
   for (const Quantity& quantity : Quantities()) {
     const std::string samples = Samples(sensors, quantity);
@@ -56,12 +89,11 @@ std::string MetricsText(const std::vector<Value>& sensors, const std::string& mo
       text += Head(quantity.metric, fmt::format("{} in {}.", quantity.title, quantity.unit)) + samples;
   }
   if (sensors.empty()) return text;
-  text += Head("vynlib_sensor_ok", "1 when the sensor could be read.");
-  for (const Value& value : sensors) {
-    text += fmt::format("vynlib_sensor_ok{{quantity=\"{}\",sensor=\"{}\"}} {}\n", value.quantity,
-                        Label(DistinctName(value)), value.state == State::kOk ? 1 : 0);
-  }
-  return text;
+  return text +
+         Marks(sensors, "vynlib_sensor_ok", "1 when the sensor could be read and nothing casts doubt on it.",
+               State::kOk) +
+         Marks(sensors, "vynlib_sensor_doubtful", "1 when the reading may be that of a failed access.",
+               State::kDoubtful);
 }
 
 Syntax DescribeMetrics() {
@@ -69,7 +101,8 @@ Syntax DescribeMetrics() {
   return {.arguments = {{.name = "-o,--output",
                          .target = path.get(),
                          .help = "write to this file, replacing it in one step (for a textfile collector)"}},
-          .run = [path](Context& context) { return Run(context, *path); }};
+          .run = [path](Context& context) { return Run(context, *path); },
+          .notStarted = [path](const Options& options) { TellFailure(*path, options); }};
 }
 
 }  // namespace vynctl

@@ -42,7 +42,10 @@ double Number(const Value& value) {
 class View {
  public:
   View(const Context& context, const Arguments& arguments)
-      : context_(context), wanted_(arguments.sensors), seconds_(arguments.seconds) {}
+      : context_(context),
+        wanted_(arguments.sensors),
+        seconds_(arguments.seconds),
+        doubts_(Doubts::About(context.options.load)) {}
 
   /// Reads the sensors again. What the library prints meanwhile is dropped, so that it cannot pile up.
   /// @throws UsageError when one of those that were asked for does not exist
@@ -57,19 +60,20 @@ class View {
   const Context& context_;
   const std::vector<std::string>& wanted_;
   const double seconds_;
+  const Doubts doubts_;
   std::vector<Value> values_;
   std::map<std::string, Extremes> extremes_;
   std::time_t now_ = 0;
 };
 
 void View::Refresh() {
-  values_ = ReadSensors(context_.library);
+  values_ = ReadSensors(context_.library, doubts_);
   context_.output.Take();
   const std::string missing = Choose(values_, wanted_);
   if (!missing.empty()) throw UsageError(fmt::format("{}; 'vynctl sensors' lists them", missing));
   now_ = std::time(nullptr);
   for (const Value& value : values_) {
-    if (value.state != State::kOk) continue;
+    if (!value.HasData()) continue;
     Extremes& extremes = extremes_.try_emplace(value.id, Extremes{value, value}).first->second;
     if (Number(value) < Number(extremes.lowest)) extremes.lowest = value;
     if (Number(value) > Number(extremes.highest)) extremes.highest = value;
@@ -87,7 +91,7 @@ Table View::Rows() const {
     const bool seen = known != extremes_.end();
     table.Add({{value.name},
                {ShownData(value), value.state == State::kOk ? Tone::kHeading : tone},
-               {value.state == State::kOk ? ShownUnit(value, style) : "", Tone::kFaint},
+               {value.HasData() ? ShownUnit(value, style) : "", Tone::kFaint},
                {seen ? ShownData(known->second.lowest) : "-", Tone::kFaint},
                {seen ? ShownData(known->second.highest) : "-", Tone::kFaint},
                {ShownFailure(value), tone}});
@@ -215,6 +219,7 @@ Syntax DescribeMonitor() {
                          .help = "seconds between two views (1)",
                          .range = {0.01, 86400}},
                         {.name = "-n,--count", .target = &arguments->count, .help = "end after so many views"}},
+          .needsTable = true,
           .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 

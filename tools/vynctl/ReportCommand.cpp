@@ -46,7 +46,7 @@ void Report::KeepAndExplain(const std::vector<Value>& values) {
 }
 
 void Report::AddSensors() {
-  const std::vector<Value> sensors = ReadSensors(context_.library);
+  const std::vector<Value> sensors = ReadSensors(context_.library, Doubts::About(context_.options.load));
   KeepAndExplain(sensors);
   for (const Quantity& quantity : Quantities()) {
     std::vector<Value> group;
@@ -111,17 +111,15 @@ void Report::AddFailures() {
   using enum Table::Align;
   Table table({kLeft, kLeft});
   for (const Value& value : failures_) table.Add({{value.name}, {ShownFailure(value), ToneOf(value)}});
-  if (!table.IsEmpty()) Section("Not readable", table.Render(context_.style, 2));
+  if (!table.IsEmpty()) Section("Not readable or in doubt", table.Render(context_.style, 2));
 }
 
 std::string Report::Text() const {
   const Library& library = context_.library;
-  const bool tables = library.Functions().TableSupported(VYNLIB_PERFORM) != 0;
   const std::string model = library.Model().empty() ? "Unknown model" : library.Model();
   const std::string where = context_.options.load.board.empty() ? "" : "  (simulated)";
   const std::string head =
       context_.style.Paint(Tone::kHeading, model) + context_.style.Paint(Tone::kFaint, where) + '\n';
-  if (!tables && text_.empty()) return head + "\nThe firmware tables were not found; this board offers nothing.\n";
   return head + (text_.empty() ? "\nThis board offers nothing.\n" : text_);
 }
 
@@ -137,6 +135,6 @@ int Run(Context& context) {
 
 }  // namespace
 
-Syntax DescribeReport() { return {.run = Run}; }
+Syntax DescribeReport() { return {.needsTable = true, .run = Run}; }
 
 }  // namespace vynctl

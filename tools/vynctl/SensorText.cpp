@@ -11,16 +11,18 @@ std::string QuantityTitle(const std::string& quantity) {
   return quantity;
 }
 
+/// What tells a doubtful reading apart where there is no room for a sentence.
+static const char* Mark(const Value& value) { return value.state == State::kDoubtful ? "?" : ""; }
+
 std::vector<std::string> SensorLines(const std::vector<Value>& values, const Style& style, bool failures) {
   using enum Table::Align;
   Table table({kLeft, kRight, kLeft, kLeft});
   for (const Value& value : values) {
-    const bool ok = value.state == State::kOk;
-    const Tone tone = ok ? Tone::kPlain : ToneOf(value);
+    const Tone tone = value.state == State::kOk ? Tone::kPlain : ToneOf(value);
     table.Add({{value.name},
                {ShownData(value), tone},
-               {ok ? ShownUnit(value, style) : "", Tone::kFaint},
-               {failures ? ShownFailure(value) : "", tone}});
+               {value.HasData() ? ShownUnit(value, style) : "", Tone::kFaint},
+               {failures ? ShownFailure(value) : Mark(value), tone}});
   }
   return table.Lines(style);
 }

@@ -42,13 +42,14 @@ const std::vector<Quantity>& Quantities() {
   return kQuantities;
 }
 
-std::vector<Value> ReadSensors(const Library& library) {
+std::vector<Value> ReadSensors(const Library& library, const Doubts& doubts) {
   std::vector<Value> values;
   for (const Quantity& quantity : Quantities()) {
     for (const std::string& name : ListNames(library.Functions().*quantity.names))
       values.push_back(ReadSensor(library, quantity, name));
   }
   MakeIdsUnique(values);
+  doubts.Mark(values);
   return values;
 }
 

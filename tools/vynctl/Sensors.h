@@ -7,6 +7,7 @@
 #include "Library.h"
 #include "Names.h"
 #include "Value.h"
+#include "board/Doubts.h"
 
 namespace vynctl {
 
@@ -24,9 +25,10 @@ struct Quantity {
 const std::vector<Quantity>& Quantities();
 
 /// Reads every sensor of the board, in the order of Quantities() and then of the firmware. A sensor that cannot be read
-/// is listed as such. Names are compared as the library compares them, so of two sensors of one name and quantity both
-/// rows show the reading of the first that answers; their identifiers differ.
-std::vector<Value> ReadSensors(const Library& library);
+/// is listed as such, a reading that `doubts` is about as doubtful. Names are compared as the library compares them, so
+/// of two sensors of one name and quantity both rows show the reading of the first that answers; their identifiers
+/// differ.
+std::vector<Value> ReadSensors(const Library& library, const Doubts& doubts);
 
 /// How many sensors of a quantity the board has.
 size_t CountSensors(const Library& library, const Quantity& quantity);

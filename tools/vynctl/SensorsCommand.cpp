@@ -13,7 +13,7 @@ namespace {
 
 int Run(Context& context, const std::vector<std::string>& wanted) {
   Document document;
-  document.values = ReadSensors(context.library);
+  document.values = ReadSensors(context.library, Doubts::About(context.options.load));
   if (document.values.empty() && wanted.empty()) return context.Finish(document, "This board has no sensors.\n");
   const std::string missing = Choose(document.values, wanted);
   if (!missing.empty()) throw UsageError(fmt::format("{}; 'vynctl sensors' lists them", missing));
@@ -27,6 +27,7 @@ Syntax DescribeSensors() {
   return {.arguments = {{.name = "SENSOR",
                          .target = wanted.get(),
                          .help = "names, identifiers or quantities (voltage, temperature, ...); without: all"}},
+          .needsTable = true,
           .run = [wanted](Context& context) { return Run(context, *wanted); }};
 }
 

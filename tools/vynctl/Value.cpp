@@ -38,6 +38,8 @@ const char* ToString(State state) {
       return "ok";
     case State::kFault:
       return "fault";
+    case State::kDoubtful:
+      return "doubtful";
     case State::kUnavailable:
       break;
   }
@@ -93,6 +95,7 @@ Tone ToneOf(const Value& value) {
       return Tone::kGood;
     case State::kFault:
       return Tone::kBad;
+    case State::kDoubtful:
     case State::kUnavailable:
       break;
   }

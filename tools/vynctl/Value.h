@@ -13,6 +13,7 @@ namespace vynctl {
 enum class State {
   kOk,
   kFault,        ///< the board has it, but it could not be read
+  kDoubtful,     ///< it was read, but the hardware may not have given the value
   kUnavailable,  ///< the board does not have it, or it cannot be read by design
 };
 
@@ -21,11 +22,13 @@ const char* ToString(State state);
 using Data = std::variant<std::monostate, bool, int64_t, double, std::string, std::vector<uint8_t>>;
 
 struct Value {
+  bool HasData() const { return state == State::kOk || state == State::kDoubtful; }
+
   std::string id = {};        ///< stable and unique in a document: "voltage/+12V", "feature/com-type/1"
   std::string name = {};      ///< for people, printable ASCII
   std::string quantity = {};  ///< "voltage", "state", ...
   std::string unit = {};      ///< ASCII: "V", "C", "rpm", "A" or ""
-  Data data = {};             ///< empty unless the state is kOk
+  Data data = {};             ///< empty unless the state is kOk or kDoubtful
   State state = State::kOk;
   uint64_t code = 0;                  ///< the library's code when not ok
   std::string words = {};             ///< the code in words when not ok

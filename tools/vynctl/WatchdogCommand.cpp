@@ -10,6 +10,7 @@
 #include "Text.h"
 #include "Watchdog.h"
 #include "feeding/Feeder.h"
+#include "board/TablesFound.h"
 
 namespace vynctl {
 namespace {
@@ -174,6 +175,9 @@ int Feed(Context& context, const Arguments& arguments) {
 }
 
 int Status(Context& context) {
+  if (const auto refusal = RefuseWithoutTables(context.library, context.options)) {
+    return context.Finish(Document::Refused(*refusal), "");
+  }
   if (!OffersWatchdog(context.library)) return context.Finish(Document::Refused(context.library.LastError()), "");
   return FinishWith(context, "", VYNLIB_OK);
 }

@@ -8,6 +8,7 @@
 
 #include "Codes.h"
 #include "Subcommand.h"
+#include "board/TablesFound.h"
 #include "commandline/Streams.h"
 
 namespace vynctl {
@@ -44,7 +45,7 @@ constexpr Subcommand kSubcommands[] = {
      DescribeWatchdog},
     {"fans", "the fans that can be controlled, their modes and settings", "vynctl fans", DescribeFans},
     {"fan", "show one fan or set its mode", "vynctl fan 'CPU Fan'\nvynctl fan 'CPU Fan' set 2 40 80", DescribeFan},
-    {"chip", "which I/O chip serves a function", "vynctl chip 3\nvynctl chip watchdog 'WDT Id'", DescribeChip},
+    {"chip", "which I/O chip serves a function", "vynctl chip\nvynctl chip watchdog WDT", DescribeChip},
 };
 
 /// "Examples:" with each line indented.
@@ -184,13 +185,20 @@ int RunChosen(const CommandLine& line) {
   OutputDivert output;
   const Library library(line.options.load, output);
   Context context{line.Command(), line.options, library, output, StyleFor(line.options, output.Descriptor())};
-  return line.Chosen().run(context);
+  const Syntax& chosen = line.Chosen();
+  if (chosen.needsTable) {
+    const std::optional<Refusal> refusal = RefuseWithoutTables(library, line.options);
+    if (refusal) return context.Finish(Document::Refused(*refusal), "");
+  }
+  return chosen.run(context);
 }
 
 int Execute(const CommandLine& line) {
   try {
     return RunChosen(line);
   } catch (const LibraryError& error) {
+    const Syntax& chosen = line.Chosen();
+    if (chosen.notStarted) chosen.notStarted(line.options);
     const std::string hint = error.code != VYNLIB_OK ? DoctorHint(line.options) : "";
     return Complain(line, kRefused, error.what(), error.code, hint);
   } catch (const LockError& error) {

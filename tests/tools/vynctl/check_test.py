@@ -79,7 +79,9 @@ class Check(tool.Case):
                          r"run 'vynctl doctor'\n\Z")
 
     def test_is_unknown_on_a_board_without_sensors(self):
-        done = self.run_on(tool.HERE / "bare.toml", "check")
+        board = self.scratch() / "empty.toml"
+        board.write_text("[iadt]\n[iamt]\n")
+        done = self.run_on(board, "check")
         self.assertEqual((3, "VYNLIB UNKNOWN - this board has no sensors\n"), (done.returncode, done.stdout))
 
 

@@ -10,17 +10,19 @@ import tool
 class Info(tool.Case):
     def test_tells_model_tables_and_support(self):
         self.assertEqual(
-            "Model            VYN-TEST\n"
-            f"Library          libvynlib-sim.so.1, simulating {tool.HERE / 'board.toml'}\n"
-            "Firmware tables  found\n"
-            "Voltages         3\n"
-            "Temperatures     2\n"
-            "Fan speeds       2\n"
-            "Currents         none\n"
-            "Watchdog         yes\n"
-            "Fan control      CPU Fan\n"
-            "Features         com-type, lvds-state, backlight, bluetooth, wifi, otp, at-mode,\n"
-            "                 board-version\n", self.says("info"))
+            "Model         VYN-TEST\n"
+            f"Library       libvynlib-sim.so.1, simulating {tool.HERE / 'board.toml'}\n"
+            "Tables from   the simulated memory\n"
+            "Table IADT    found\n"
+            "Table IAMT    found\n"
+            "Voltages      3\n"
+            "Temperatures  2\n"
+            "Fan speeds    2\n"
+            "Currents      none\n"
+            "Watchdog      yes\n"
+            "Fan control   CPU Fan\n"
+            "Features      com-type, lvds-state, backlight, bluetooth, wifi, otp, at-mode,\n"
+            "              board-version\n", self.says("info"))
 
     def test_has_the_same_in_json(self):
         values = self.values("info")
@@ -34,9 +36,44 @@ class Info(tool.Case):
 
     def test_shows_what_the_library_said_on_a_bare_board(self):
         done = self.run_on(tool.HERE / "bare.toml", "info")
-        self.assertIn("Model            unknown (no BIOS information record)\n", done.stdout)
-        self.assertIn("Firmware tables  not both found\n", done.stdout)
-        self.assertIn("Library says     Is Core8 ... ???\n", done.stdout)
+        self.assertIn("Model         unknown (no BIOS information record)\n", done.stdout)
+        self.assertIn("Library says  Is Core8 ... ???  (it found no BIOS information record)\n", done.stdout)
+
+    def test_names_the_tables_one_by_one(self):
+        """IADT, IAMT as the description has them and as info tells them; the last machine hides its memory."""
+        missing = "not in the board description"
+        hidden = "in the board description, but the library sees nothing of it"
+        for text, iadt, iamt in (("", (False, missing), (False, missing)), ("[iadt]\n[iamt]\n", (True, None), (True, None)),
+                                 ("[iamt]\nchips = [0x0215]\n", (False, missing), (True, None)),
+                                 ('[[feature]]\nfunction = "WifiState"\n', (True, None), (False, missing)),
+                                 ("[iadt]\n[iamt]\n[board]\nmem_device = false\n", (False, hidden), (False, hidden))):
+            with self.subTest(text):
+                board = self.scratch() / "tables.toml"
+                board.write_text(text)
+                shown = self.run_on(board, "info").stdout
+                values = {value["id"]: value["value"] for value in
+                          self.validated(self.run_on(board, "info", "--json").stdout)["values"]}
+                for name, (found, why) in (("IADT", iadt), ("IAMT", iamt)):
+                    self.assertIn(f"Table {name}    {'found' if found else 'not found: ' + why}\n", shown)
+                    self.assertIs(found, values[f"board/{name.lower()}"])
+                    if why:
+                        self.assertEqual(why, values[f"board/{name.lower()}-sought"])
+
+
+class WithoutTables(tool.Case):
+    """A machine that describes no board, where every subcommand that needs one says what is missing."""
+    board = "bare.toml"
+    why = "the firmware table IADT was not found: not in the board description"
+
+    def test_nothing_is_listed(self):
+        for arguments in (["report"], ["sensors"], ["features"], ["watchdog", "status"], ["fans"], ["monitor"]):
+            done = self.run_tool(*arguments)
+            self.assertEqual((1, "", f"vynctl: {self.why}\n"), (done.returncode, done.stdout, done.stderr), arguments)
+            self.assertEqual({"code": 0, "hex": "0x0", "words": self.why}, self.document(*arguments, status=1)["error"])
+
+    def test_a_check_is_unknown(self):
+        self.assertEqual((3, f"VYNLIB UNKNOWN - {self.why}\n"),
+                         (self.run_tool("check").returncode, self.run_tool("check").stdout))
 
 
 class Features(tool.Case):
@@ -234,7 +271,7 @@ class Report(tool.Case):
             "  FAN      MODES  MODE  PARAMETERS\n"
             "  CPU Fan  0 2    2     40 80\n"
             "\n"
-            "Not readable\n"
+            "Not readable or in doubt\n"
             "  VDEAD             0x302: the sensor read 0, which counts as no reading\n"
             "  LVDS panel state  0x601: the hardware is in none of the listed states\n"
             "  Bluetooth         0xD01: the hardware is in none of the listed states\n"
@@ -246,10 +283,12 @@ class Report(tool.Case):
         for key in ("voltage/+12V", "feature/com-type/4", "watchdog/interval", "fan/CPU_Fan/parameters"):
             self.assertIn(key, values)
 
-    def test_says_that_a_bare_board_offers_nothing(self):
-        done = self.run_on(tool.HERE / "bare.toml", "report")
-        self.assertEqual((0, "Unknown model  (simulated)\n\nThe firmware tables were not found; "
-                          "this board offers nothing.\n"), (done.returncode, done.stdout))
+    def test_says_that_an_empty_table_offers_nothing(self):
+        board = self.scratch() / "empty.toml"
+        board.write_text("[iadt]\n[iamt]\n")
+        done = self.run_on(board, "report")
+        self.assertEqual((0, "Unknown model  (simulated)\n\nThis board offers nothing.\n"),
+                         (done.returncode, done.stdout))
 
 
 if __name__ == "__main__":

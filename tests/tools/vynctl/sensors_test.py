@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """sensors, metrics and the sensors of hostile and large boards."""
 import os
+import pathlib
 import unittest
 
 import tool
@@ -81,6 +82,66 @@ class HostileSensors(tool.Case):
         self.assertEqual(0, line.partition("|")[2].count("'") % 2)
 
 
+class DoubtfulSensors(tool.Case):
+    """Readings that a missing device or a failed transfer gives as well."""
+
+    def board_with(self, *sensors, machine=""):
+        """A board of temperature sensors of kind 3, which a processor register serves, and SMBus fans."""
+        path = self.scratch() / "doubtful.toml"
+        path.write_text("[iamt]\n" + machine + "".join(sensors))
+        return path
+
+    msr = ('[[sensor]]\nquantity = "temperature"\nkind = 3\nname = "CPU"\nshift = 16\nwidth = 8\nsubtrahend_shift = 16\n'
+           'subtrahend_width = 7\ncommands = [{ msr = 0x1A2, width = 8, get = "read" }, '
+           '{ msr = 0x19C, width = 8, get = "read" }]\n')
+    registers = "[[msr]]\nnumber = 0x1A2\nvalue = 0x640000\n[[msr]]\nnumber = 0x19C\nvalue = 0x340000\n"
+    no_device = "[board]\nmsr_device = false\n"
+    fan = ('[[sensor]]\nquantity = "fan"\nkind = 3\nname = "Chassis"\ncommands = [{ smbus = 0x5a, command = 0x30, '
+           'get = "read" }, { smbus = 0x5a, command = 0x31, get = "read" }]\n')
+    smbus = '[[smbus]]\nmodel = "ich9"\nbase = 0xEFA0\n'
+    missing = "read from a processor register, but /dev/cpu/0/msr does not open"
+    zero = "exactly 0, read from the SMBus, is also what a failed read gives"
+
+    def doubt(self, board):
+        """The state of the board's one sensor, and why."""
+        value = self.validated(self.run_on(board, "sensors", "--json").stdout)["values"][0]
+        return value["value"], value["state"], value.get("words")
+
+    def test_have_a_state_of_their_own(self):
+        # 0x64 - 0x34 = 48 degrees.
+        self.assertEqual((48, "ok", None), self.doubt(self.board_with(self.registers, self.msr)))
+        self.assertEqual((0, "doubtful", self.missing), self.doubt(self.board_with(self.msr, machine=self.no_device)))
+        # Without the registers, reading the device fails.
+        self.assertEqual((0, "doubtful", "exactly 0, read from a processor register, is also what a failed read gives"),
+                         self.doubt(self.board_with(self.msr)))
+        self.assertEqual((0, "doubtful", self.zero), self.doubt(self.board_with(self.smbus, self.fan)))
+
+    def test_are_no_zeros_of_plain_registers(self):
+        self.assertEqual("ok", self.values("sensors")["fan-speed/Rear_Fan"]["state"])
+
+    def test_are_marked_wherever_they_are_shown(self):
+        board = self.board_with(self.msr, machine=self.no_device)
+        self.assertIn(f"  CPU  0.0  °C  {self.missing}\n", self.run_on(board, "sensors").stdout)
+        self.assertIn(f"Doubtful      CPU 0.0 C: {self.missing}\n", self.run_on(board, "info").stdout)
+        self.assertIn(f"  CPU  {self.missing}\n", self.run_on(board, "report").stdout)
+        metrics = self.run_on(board, "metrics").stdout
+        self.assertIn('vynlib_sensor_ok{quantity="temperature",sensor="CPU"} 0\n', metrics)
+        self.assertIn('vynlib_sensor_doubtful{quantity="temperature",sensor="CPU"} 1\n', metrics)
+        self.assertIn('vynlib_temperature_celsius{sensor="CPU"} 0\n', metrics)
+        info = self.validated(self.run_on(board, "info", "--json").stdout)["values"]
+        self.assertEqual(["temperature/CPU"], [value["id"] for value in info if value["state"] == "doubtful"])
+
+    def test_are_unknown_to_a_check_unless_a_limit_is_broken(self):
+        board = self.board_with(self.msr, machine=self.no_device)
+        for status, verdict, limits in ((3, f"UNKNOWN - CPU 0.0 C (doubtful: {self.missing}) | 'CPU'=0C", []),
+                                        (3, f"UNKNOWN - CPU 0.0 C (doubtful: {self.missing}) | 'CPU'=0C;~:85",
+                                         ["-l", "CPU=~:85"]),
+                                        (1, f"WARNING - CPU 0.0 C (good: 5:85) (doubtful: {self.missing}) | 'CPU'=0C;5:85",
+                                         ["-l", "CPU=5:85"])):
+            done = self.run_on(board, "check", *limits)
+            self.assertEqual((status, f"VYNLIB {verdict}\n"), (done.returncode, done.stdout))
+
+
 class ManySensors(tool.Case):
     def board_with(self, count):
         text = "[[index_data]]\nindex_port = 0x70\ndata_port = 0x71\nregisters = { 0x20 = 125 }\n"
@@ -100,13 +161,15 @@ class ManySensors(tool.Case):
 class Metrics(tool.Case):
     def test_are_in_the_text_exposition_format(self):
         lines = self.says("metrics").splitlines()
+        self.assertEqual(["vynlib_up 1", "vynlib_tables_found 1"], [line for line in lines if line.startswith(
+            ("vynlib_up", "vynlib_tables_found"))])
         self.assertIn('vynlib_board_info{model="VYN-TEST"} 1', lines)
         self.assertIn('vynlib_voltage_volts{sensor="+12V"} 12', lines)
         self.assertIn('vynlib_temperature_celsius{sensor="System"} -10', lines)
         self.assertIn('vynlib_fan_speed_rpm{sensor="CPU Fan"} 1000', lines)
         self.assertIn('vynlib_sensor_ok{quantity="voltage",sensor="VDEAD"} 0', lines)
         for line in lines:
-            self.assertRegex(line, r'^(# (HELP|TYPE) vynlib_\w+ .+|vynlib_\w+\{\w+="[^"]*"(,\w+="[^"]*")?\} -?[0-9.e+]+)$')
+            self.assertRegex(line, r'^(# (HELP|TYPE) vynlib_\w+ .+|vynlib_(up|tables_found) 1|vynlib_\w+\{\w+="[^"]*"(,\w+="[^"]*")?\} -?[0-9.e+]+)$')
 
     def test_replace_a_file_in_one_step(self):
         path = self.scratch() / "vynlib.prom"
@@ -136,6 +199,24 @@ class Metrics(tool.Case):
         done = self.run_tool("metrics", "--output", "/nowhere/vynlib.prom")
         self.assertEqual((1, "vynctl: cannot write /nowhere/vynlib.prom: No such file or directory\n"),
                          (done.returncode, done.stderr))
+
+    def test_of_a_machine_without_tables_say_so(self):
+        for arguments in ([], ["--output", str(self.scratch() / "down.prom")]):
+            done = self.run_on(tool.HERE / "bare.toml", "metrics", *arguments)
+            text = pathlib.Path(arguments[1]).read_text() if arguments else done.stdout
+            self.assertEqual(["vynlib_up 0", "vynlib_tables_found 0"],
+                             [line for line in text.splitlines() if not line.startswith("#")])
+            self.assertEqual((1, "vynctl: the firmware table IADT was not found: not in the board description\n"),
+                             (done.returncode, done.stderr))
+
+    def test_of_a_library_that_does_not_start_say_so(self):
+        path = self.scratch() / "down.prom"
+        for done in (self.stub("metrics", STUB_FAILS="1"), self.stub("metrics", "--output", str(path), STUB_FAILS="1")):
+            self.assertEqual(1, done.returncode)
+            text = done.stdout or path.read_text()
+            self.assertEqual(["vynlib_up 0", "vynlib_tables_found 0"],
+                             [line for line in text.splitlines() if not line.startswith("#")])
+        self.validated(self.stub("metrics", "--json", STUB_FAILS="1").stdout)
 
     def test_have_a_json_form(self):
         self.assertEqual(self.document("sensors")["values"], self.document("metrics")["values"])

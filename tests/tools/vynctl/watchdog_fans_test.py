@@ -61,7 +61,7 @@ class Watchdog(tool.Case):
                          (done.returncode, done.stdout, done.stderr))
 
     def test_is_refused_where_there_is_none(self):
-        for verb in (["status"], ["start", "9"], ["feed", "9"], ["stop"]):
+        for verb in (["start", "9"], ["feed", "9"], ["stop"]):
             done = self.run_on(tool.HERE / "bare.toml", "watchdog", *verb)
             self.assertEqual((1, "", "vynctl: watchdog: the board does not offer it (code 0x1700)\n"),
                              (done.returncode, done.stdout, done.stderr), verb)
@@ -84,7 +84,9 @@ class Fans(tool.Case):
         self.assertEqual(0, self.run_on(reference, "chip", "fan", "CPU Fan Id").returncode)
 
     def test_that_are_missing_are_refused(self):
-        done = self.run_on(tool.HERE / "bare.toml", "fans")
+        board = self.scratch() / "empty.toml"
+        board.write_text("[iadt]\n[iamt]\n")
+        done = self.run_on(board, "fans")
         self.assertEqual((1, "vynctl: fan configuration: the board does not offer it (code 0x1800)\n"),
                          (done.returncode, done.stderr))
 
@@ -123,15 +125,41 @@ class Chip(tool.Case):
 
     def test_failures_have_the_library_code(self):
         self.refuses(1, "vynctl: the board has no identifying entry of that name (code 0x10)", "chip", "watchdog", "X")
-        self.refuses(1, "vynctl: the chip was found but has no I/O number (code 0x12)", "chip", "3")
+        self.refuses(1, "vynctl: the chip was found but has no I/O number; kinds 1 to 24 ask for the board's chip of "
+                     "identifier 0, which has no number; 'vynctl chip' lists the entries that name a chip (code 0x12)",
+                     "chip", "3")
+
+    def test_alone_lists_the_kinds_and_the_identifying_entries(self):
+        self.assertEqual("The board's chips: Nuvoton 5525D-S, MCU 121\n\n"
+                         "KIND           NAME  WHAT\n"
+                         "1 to 24        -     the board as a whole: its chip of identifier 0, which has no number\n"
+                         "watchdog (25)  WDT   I/O chip 5 (Nuvoton 5525D-S)\n", self.says("chip"))
+        self.assertEqual({"chip/25/WDT": 5}, {key: value["value"] for key, value in self.values("chip").items()})
+
+    def test_of_the_reference_board_answers(self):
+        done = self.run_on(tool.SOURCE / "boards/reference.toml", "chip")
+        self.assertEqual((0, ["watchdog (25)  WDT         I/O chip 5 (Nuvoton 5525D-S)",
+                              "fan (26)       CPU Fan Id  I/O chip 1 (Fintek 81966)"]),
+                         (done.returncode, done.stdout.splitlines()[-2:]))
+
+    def test_is_not_told_without_a_board_information_record(self):
+        for text, where in (("", "the table IAMT was not found: not in the board description"),
+                            ("[[iamt.record]]\ntype = 7\n[iamt]\n", "it is not in the table IAMT")):
+            board = self.scratch() / "chipless.toml"
+            board.write_text(text)
+            for arguments in (["chip"], ["chip", "3"], ["chip", "watchdog", "WDT"]):
+                done = self.run_on(board, *arguments)
+                self.assertEqual((1, "", "vynctl: the firmware has no board information record, which names the board's "
+                                  f"chips; {where}\n"), (done.returncode, done.stdout, done.stderr))
 
     def test_without_words_is_admitted(self):
         done = self.stub("chip", "3")
-        self.assertEqual((1, "vynctl: unknown code 0x7F42 (code 0x7F42)\n"), (done.returncode, done.stderr))
+        self.assertEqual((1, "vynctl: unknown code 0x7F42; kinds 1 to 24"), (done.returncode, done.stderr[:42]))
 
     def test_refuses_wrong_usage(self):
         self.refuses(2, "vynctl: KIND must be 1 to 26, 'watchdog' (25) or 'fan' (26), not '27'", "chip", "27")
-        self.refuses(2, "vynctl: kind 25 needs NAME, the name of the board's identifying entry", "chip", "watchdog")
+        self.refuses(2, "vynctl: kind 25 needs NAME, the name of the board's identifying entry; 'vynctl chip' lists "
+                     "them", "chip", "watchdog")
 
 
 if __name__ == "__main__":

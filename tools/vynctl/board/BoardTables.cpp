@@ -11,6 +11,7 @@ namespace vynctl {
 namespace {
 
 constexpr char kIadtFile[] = "IADT";
+constexpr char kIamtFile[] = "IAMT";
 
 /// The file's bytes; nothing when it cannot be read or is larger than any table.
 std::vector<uint8_t> FileBytes(const std::filesystem::path& path) {
@@ -31,6 +32,16 @@ BoardTables::BoardTables(std::string board, std::string kernelTables)
 std::vector<uint8_t> BoardTables::ReadIadt() const {
   if (board_.empty()) return FileBytes(std::filesystem::path(kernelTables_) / kIadtFile);
   return sim::LoadBoard(board_).firmware.iadt;
+}
+
+bool BoardTables::HasMsrDevice() const {
+  const sim::LoadedBoard loaded = sim::LoadBoard(board_);
+  return loaded.board != nullptr && loaded.board->msrDevice;
+}
+
+std::vector<uint8_t> BoardTables::Iamt() const {
+  if (board_.empty()) return FileBytes(std::filesystem::path(kernelTables_) / kIamtFile);
+  return sim::LoadBoard(board_).firmware.iamt;
 }
 
 const std::vector<uint8_t>& BoardTables::Iadt() {

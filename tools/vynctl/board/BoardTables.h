@@ -16,6 +16,10 @@ class BoardTables {
 
   /// The table's bytes with its header; empty when the board has none or it cannot be read.
   const std::vector<uint8_t>& Iadt();
+  /// Whether a simulated board has the device file of the processor's registers.
+  bool HasMsrDevice() const;
+  /// The bytes of the board information table (IAMT), likewise.
+  std::vector<uint8_t> Iamt() const;
 
  private:
   std::vector<uint8_t> ReadIadt() const;
