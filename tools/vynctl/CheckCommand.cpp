@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
 
 #include "Codes.h"
@@ -61,8 +62,8 @@ Judged Judge(const Value& value, const std::vector<Limit>& limits) {
 
 /// Text without the characters that divide a plugin's output.
 std::string PluginText(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c == '|' || c == ';'; }, '_');
+  std::replace(text.begin(), text.end(), '|', '_');
+  std::replace(text.begin(), text.end(), ';', ',');
   return text;
 }
 
@@ -76,15 +77,32 @@ std::string Complaint(const Judged& judged) {
   return PluginText(text);
 }
 
+/// Labels by identifier: the name where no other sensor of the board has it or is called so, else the identifier.
+using Labels = std::map<std::string, std::string>;
+
+Labels LabelsOf(const std::vector<Value>& sensors) {
+  Labels labels;
+  std::map<std::string, int> taken;
+  for (const Value& value : sensors) {
+    std::string label = DistinctName(value);
+    std::replace_if(
+        label.begin(), label.end(), [](char c) { return c == '=' || c == '\'' || c == '|'; }, '_');
+    ++taken[label];
+    ++taken[value.id];
+    labels[value.id] = std::move(label);
+  }
+  for (auto& [id, label] : labels) {
+    if (taken[label] > 1) label = id;
+  }
+  return labels;
+}
+
 /// 'label'=value unit;warning;critical
-std::string PerformanceData(const Judged& judged) {
-  std::string label = DistinctName(judged.value);
-  std::replace_if(
-      label.begin(), label.end(), [](char c) { return c == '=' || c == '\'' || c == '|'; }, '_');
+std::string PerformanceData(const Judged& judged, const std::string& label) {
   std::string tail = fmt::format(";{};{}", judged.warning.text, judged.critical.text);
   tail.erase(tail.find_last_not_of(';') + 1);
   if (!judged.value.HasData()) return fmt::format("'{}'=U{}", label, tail);
-  return fmt::format("'{}'={}{}{}", label, Number(judged.value), judged.value.unit, tail);
+  return fmt::format("'{}'={}{}{}", label, ShortData(judged.value), judged.value.unit, tail);
 }
 
 Gravity Worst(const std::vector<Judged>& all) {
@@ -93,7 +111,7 @@ Gravity Worst(const std::vector<Judged>& all) {
   return worst;
 }
 
-std::string Line(const std::vector<Judged>& all) {
+std::string Line(const std::vector<Judged>& all, const Labels& labels) {
   const Gravity worst = Worst(all);
   std::string complaints, data;
   for (size_t gravity = kCritical; gravity > kFine; --gravity) {
@@ -101,7 +119,7 @@ std::string Line(const std::vector<Judged>& all) {
       if (judged.gravity == gravity) complaints += (complaints.empty() ? "" : ", ") + Complaint(judged);
     }
   }
-  for (const Judged& judged : all) data += ' ' + PerformanceData(judged);
+  for (const Judged& judged : all) data += ' ' + PerformanceData(judged, labels.at(judged.value.id));
   if (complaints.empty()) complaints = fmt::format("{} sensor{}", all.size(), all.size() == 1 ? "" : "s");
   return fmt::format("VYNLIB {} - {} |{}\n", kVerdicts[worst].word, complaints, data);
 }
@@ -124,11 +142,11 @@ std::vector<Limit> AllLimits(const Arguments& arguments) {
   return limits;
 }
 
-/// "" or a sentence about the first limit that fits no sensor.
+/// "" or a sentence about the first limit that names no sensor for certain.
 std::string StrayLimit(const std::vector<Value>& values, const std::vector<Limit>& limits) {
   for (const Limit& limit : limits) {
-    const auto called = [&](const Value& value) { return IsCalled(value, limit.sensor); };
-    if (std::none_of(values.begin(), values.end(), called)) return NoSuchSensor(values, limit.sensor);
+    std::string sentence = Misnamed(values, limit.sensor);
+    if (!sentence.empty()) return sentence;
   }
   return "";
 }
@@ -151,6 +169,7 @@ int Run(Context& context, const Arguments& arguments) {
     return Unknown(context, refusal->words);
   }
   std::vector<Value> values = ReadSensors(context.library, Doubts::About(context.options.load));
+  const Labels labels = LabelsOf(values);
   std::string trouble = StrayLimit(values, limits);
   if (trouble.empty()) trouble = Choose(values, arguments.sensors);
   if (trouble.empty() && values.empty()) trouble = "this board has no sensors";
@@ -161,7 +180,7 @@ int Run(Context& context, const Arguments& arguments) {
   document.values = values;
   const Verdict& verdict = kVerdicts[Worst(all)];
   document.extra = {ToJson(verdict, all)};
-  context.Finish(document, Line(all));
+  context.Finish(document, Line(all, labels));
   return verdict.exit;
 }
 

@@ -75,6 +75,14 @@ std::string ShownData(const Value& value) {
   return ToString(value.state);
 }
 
+std::string ShortData(const Value& value) {
+  std::string text = ShownData(value);
+  if (text.find('.') == std::string::npos || text.find('e') != std::string::npos) return text;
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text == "-0" ? "0" : text;
+}
+
 std::string ShownUnit(const Value& value, const Style& style) {
   return value.unit == "C" && style.unicode ? "\u00B0C" : value.unit;
 }

@@ -45,6 +45,9 @@ Value Measured(Value value, float reading);
 /// The data as text without its unit: "12.100", "0 1 2", "yes"; the state when not ok.
 std::string ShownData(const Value& value);
 
+/// The same number without zeros at its end: "12", "11.986".
+std::string ShortData(const Value& value);
+
 /// The unit as it is shown to people: "°C" where Unicode is welcome.
 std::string ShownUnit(const Value& value, const Style& style);
 

@@ -28,7 +28,7 @@ constexpr Subcommand kSubcommands[] = {
      "vynctl monitor\nvynctl monitor temperature 'CPU Fan' --interval 5\nvynctl monitor --json --count 10",
      DescribeMonitor},
     {"check", "judge the sensors for a monitoring system",
-     "vynctl check\nvynctl check --limit 'CPU Core=~:80,~:95' --limit '+12V=11.4:12.6,11:13'\n"
+     "vynctl check\nvynctl check --limit temperature/CPU=5:85,1:95 --limit voltage/+12V=11.4:12.6,10.8:13.2\n"
      "vynctl check --limits /etc/vynctl/limits",
      DescribeCheck},
     {"metrics", "the sensors as Prometheus metrics",

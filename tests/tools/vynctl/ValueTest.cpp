@@ -51,5 +51,16 @@ TEST(MakeIdsUnique, NumbersTheRepetitions) {
   EXPECT_EQ("A#3", DistinctName(values[3]));
 }
 
+TEST(ShortData, EndsInNoZero) {
+  const auto shortened = [](double volts) { return ShortData({.quantity = "voltage", .data = volts}); };
+  EXPECT_EQ("12", shortened(12));
+  EXPECT_EQ("11.986", shortened(11.9855995));
+  EXPECT_EQ("1.5", shortened(1.5));
+  EXPECT_EQ("100", shortened(100));
+  EXPECT_EQ("0", shortened(-0.0001));
+  EXPECT_EQ("1.500e+10", shortened(1.5e10));
+  EXPECT_EQ("1200", ShortData({.quantity = "fan-speed", .data = int64_t{1200}}));
+}
+
 }  // namespace
 }  // namespace vynctl

@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
 """check: the exit status, the line and the performance data of a monitoring plugin."""
+import re
+import shlex
 import unittest
 
 import tool
@@ -83,6 +85,48 @@ class Check(tool.Case):
         board.write_text("[iadt]\n[iamt]\n")
         done = self.run_on(board, "check")
         self.assertEqual((3, "VYNLIB UNKNOWN - this board has no sensors\n"), (done.returncode, done.stdout))
+
+
+class ReferenceBoard(tool.Case):
+    """A healthy board on which '+12V' and 'CPU' name sensors of two quantities each."""
+
+    def check(self, *arguments):
+        return self.run_on(tool.SOURCE / "boards/reference.toml", "check", *arguments)
+
+    def test_is_ok_by_the_shipped_limits(self):
+        done = self.check("--limits", str(tool.SOURCE / "packaging/monitoring/limits"))
+        self.assertEqual((0, "VYNLIB OK - 15 sensors "), (done.returncode, done.stdout.partition("|")[0]))
+
+    def test_is_ok_by_the_documented_examples(self):
+        examples = re.findall(r"^(?:    |  )vynctl check(.*)$", (tool.SOURCE / "docs/vynctl.md").read_text() +
+                              self.run_on(None, "check", "--help").stdout, re.MULTILINE)
+        self.assertEqual(5, len(examples))
+        for example in examples:
+            words = [str(tool.SOURCE / "packaging/monitoring/limits") if word == "/etc/vynctl/limits" else word
+                     for word in shlex.split(example)]
+            self.assertEqual(0, self.check(*words).returncode, example)
+
+    def test_shipped_limits_refuse_zero(self):
+        for line in (tool.SOURCE / "packaging/monitoring/limits").read_text().splitlines():
+            if line and not line.startswith("#"):
+                for limit in line.rpartition("=")[2].split(","):
+                    self.assertRegex(limit.strip(), r"\A[1-9][0-9.]*:", line)
+
+    def test_refuses_a_name_of_several_quantities(self):
+        why = "'+12V' fits several quantities: choose from voltage/+12V, current/+12V"
+        for arguments in (["+12V"], ["--limit", "+12V=11:13"]):
+            self.assertEqual((3, f"VYNLIB UNKNOWN - {why}\n"),
+                             (self.check(*arguments).returncode, self.check(*arguments).stdout))
+        done = self.run_on(tool.SOURCE / "boards/reference.toml", "sensors", "+12V")
+        self.assertEqual((1, "", f"vynctl: {why}\n"), (done.returncode, done.stdout, done.stderr))
+        self.assertIn("'voltage/+12V'=11.986V;11:13", self.check("voltage/+12V", "--limit", "voltage/+12V=11:13").stdout)
+
+    def test_has_unique_labels_and_short_numbers(self):
+        data = dict(re.findall(r"'([^']+)'=([-0-9.e]+)", self.check().stdout))
+        self.assertEqual({"voltage/+12V": "11.986", "+5V": "4.992", "Vcore": "1.112", "+3.3V": "3.296", "VBAT": "3.088",
+                          "+5VSB": "5.024", "System": "37.5", "Super I/O": "41", "temperature/CPU": "48", "Memory": "37",
+                          "System Fan": "1204", "CPU Fan": "1440", "Chassis Fan": "1500", "current/+12V": "2.3",
+                          "current/CPU": "8.7"}, data)
 
 
 class CheckJson(tool.Case):
