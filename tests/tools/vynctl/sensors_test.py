@@ -2,6 +2,7 @@
 """sensors, metrics and the sensors of hostile and large boards."""
 import os
 import pathlib
+import subprocess
 import unittest
 
 import tool
@@ -170,6 +171,12 @@ class Metrics(tool.Case):
         self.assertIn('vynlib_sensor_ok{quantity="voltage",sensor="VDEAD"} 0', lines)
         for line in lines:
             self.assertRegex(line, r'^(# (HELP|TYPE) vynlib_\w+ .+|vynlib_(up|tables_found) 1|vynlib_\w+\{\w+="[^"]*"(,\w+="[^"]*")?\} -?[0-9.e+]+)$')
+
+    def test_pass_the_monitoring_systems_own_check(self):
+        for text in (self.says("metrics"), self.run_on(tool.HERE / "bare.toml", "metrics").stdout,
+                     self.run_on(tool.SOURCE / "boards/reference.toml", "metrics").stdout):
+            done = subprocess.run(["promtool", "check", "metrics"], input=text, capture_output=True, text=True, check=False)
+            self.assertEqual((0, "", ""), (done.returncode, done.stdout, done.stderr))
 
     def test_replace_a_file_in_one_step(self):
         path = self.scratch() / "vynlib.prom"
