@@ -48,7 +48,7 @@ TEST(FindAllowed, KeepsInstancesApart) {
 }
 
 TEST(FindAllowed, FindsNothingInATableThatIsMissingOrShort) {
-  for (size_t bytes : {0, 1, 35, 36, 40, 62})
+  for (const size_t bytes : {size_t{0}, size_t{1}, size_t{35}, size_t{36}, size_t{40}, size_t{62}})
     EXPECT_TRUE(FindAllowed(std::span(kTable).first(bytes), Wifi()).empty()) << bytes;
 }
 
