@@ -201,12 +201,12 @@ class Consent(tool.Case):
         """Exit status and everything on the terminal, where `answer` is typed."""
         leader, follower = os.openpty()
         os.write(leader, answer.encode())
-        done = subprocess.run([tool.VYNCTL, "-s", str(self.board), *arguments], stdin=follower, stdout=follower,
-                              stderr=follower, env=tool.environment(), timeout=60, check=False)
+        process = subprocess.Popen([tool.VYNCTL, "-s", str(self.board), *arguments], stdin=follower, stdout=follower,
+                                   stderr=follower, env=tool.environment())
         os.close(follower)
-        text = os.read(leader, 65536).decode().replace("\r\n", "\n")
+        text = tool.read_terminal(leader)
         os.close(leader)
-        return done.returncode, text
+        return process.wait(timeout=60), text
 
     def test_is_needed_where_nobody_can_be_asked(self):
         for feature in ("tpm", "me-descriptor", "otp"):

@@ -217,12 +217,12 @@ class Terminal(tool.Case):
         """What the tool prints on a terminal of its own."""
         leader, follower = os.openpty()
         fcntl.ioctl(leader, termios.TIOCSWINSZ, struct.pack("HHHH", 50, columns, 0, 0))
-        done = subprocess.run([tool.VYNCTL, "-s", str(tool.HERE / "board.toml"), *arguments], stdout=follower,
-                              env=tool.environment(**changes), check=True)
+        process = subprocess.Popen([tool.VYNCTL, "-s", str(tool.HERE / "board.toml"), *arguments], stdout=follower,
+                                   env=tool.environment(**changes))
         os.close(follower)
-        text = os.read(leader, 65536).decode()
+        text = tool.read_terminal(leader)
         os.close(leader)
-        self.assertEqual(0, done.returncode)
+        self.assertEqual(0, process.wait(timeout=60))
         return text
 
 

@@ -38,6 +38,16 @@ def await_signal_handling(process, seconds=60):
     raise AssertionError("the process does not handle signals")
 
 
+def read_terminal(leader):
+    """All that arrives at a pseudo terminal until nobody has its other end open any more."""
+    parts = []
+    while True:
+        try:
+            parts.append(os.read(leader, 65536))
+        except OSError:
+            return b"".join(parts).decode().replace("\r\n", "\n")
+
+
 class Case(unittest.TestCase):
     """A test on one board: `board` names a file beside the tests."""
     board = "board.toml"
