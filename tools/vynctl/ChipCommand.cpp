@@ -178,6 +178,7 @@ Syntax DescribeChip() {
                         {.name = "NAME",
                          .target = &arguments->name,
                          .help = "name of the identifying entry, for 'watchdog' and 'fan'"}},
+          .usage = "[KIND [NAME]]",
           .run = [arguments](Context& context) { return Run(context, *arguments); }};
 }
 

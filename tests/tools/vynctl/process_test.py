@@ -49,7 +49,7 @@ class Usage(tool.Case):
     def test_help_has_the_words_of_the_command_in_their_order(self):
         for command, usage in (("set", "FEATURE [INDEX] VALUE"), ("get", "FEATURE [INDEX]"), ("values", "FEATURE [INDEX]"),
                                ("fan", "NAME [set MODE [PARAM...]]"), ("sensors", "[SENSOR...]"),
-                               ("monitor", "[SENSOR...]"), ("chip", "KIND [NAME]")):
+                               ("monitor", "[SENSOR...]"), ("chip", "[KIND [NAME]]")):
             self.assertIn(f"\nUsage: vynctl {command} [OPTIONS] {usage}\n", self.run_on(None, command, "--help").stdout)
 
     def test_mistyped_verb_gets_a_suggestion(self):

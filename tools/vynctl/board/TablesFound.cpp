@@ -43,7 +43,7 @@ const char* SourceWords(doctor::Source source) {
 /// The kernel's copy is root's; whoever may map memory has the table from there.
 std::vector<uint8_t> FromMemory(doctor::FirmwareTable doctor::Tables::*table) {
   const doctor::Tables tables = doctor::LookAtTables(doctor::Machine());
-  const std::string& bytes = (tables.*table).Used(tables.source);
+  const std::string& bytes = (tables.*table).Used();
   return {bytes.begin(), bytes.end()};
 }
 
@@ -62,11 +62,11 @@ TablesSought SeekTables(const doctor::Machine& machine) {
   const doctor::Findings memory = doctor::JudgeMemory(tables, {});
   const doctor::Findings judged = doctor::JudgeTables(tables, {});
   const std::string closed = tables.deviceError == 0 ? "" : "; /dev/mem: " + FoundOf(memory, "dev-mem");
-  return {.source = SourceWords(tables.source),
+  return {.source = SourceWords(tables.iadt.source != doctor::Source::kNone ? tables.iadt.source : tables.iamt.source),
           .iadt = FoundOf(judged, "iadt") + closed,
           .iamt = FoundOf(judged, "iamt") + closed,
-          .hasIadt = !tables.iadt.Used(tables.source).empty(),
-          .hasIamt = !tables.iamt.Used(tables.source).empty()};
+          .hasIadt = !tables.iadt.Used().empty(),
+          .hasIamt = !tables.iamt.Used().empty()};
 }
 
 bool HasIamt(const Library& library, const TablesSought& sought) {
