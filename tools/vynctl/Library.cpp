@@ -3,7 +3,6 @@
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <unistd.h>
 
 #include <sstream>
 
@@ -11,6 +10,7 @@
 #include "Environment.h"
 #include "StartFailure.h"
 #include "Text.h"
+#include "board/BoardTables.h"
 
 namespace vynctl {
 namespace {
@@ -43,18 +43,12 @@ Library::Library(const LoadOptions& options, OutputDivert& output)
 }
 
 void Library::Start(const LoadOptions& options, OutputDivert& output) {
-  OutputDivert errors(STDERR_FILENO);
   const bool started = api_.Init() != 0;
-  const std::string complaints = errors.Take();
   TakeMessages(output.Take());
-  if (started) {
-    errors.Write(complaints);
-    return;
-  }
+  if (started) return;
   const uint64_t code = api_.GetLastError();
-  // A simulated board that cannot be read says so on standard error.
-  std::string cause =
-      options.board.empty() ? WhyNoPrivilege(doctor::LookAtPrivilege(doctor::Machine())) : Printable(Trim(complaints));
+  std::string cause = options.board.empty() ? WhyNoPrivilege(doctor::LookAtPrivilege(doctor::Machine()))
+                                            : Printable(BoardTables(options.board).Trouble());
   if (cause.empty()) cause = WordsFor(code);
   const std::string said = messages_.empty() ? "" : fmt::format("; it says: {}", fmt::join(messages_, ", "));
   throw LibraryError(fmt::format("the library does not start: {}{}", cause, said), code);

@@ -14,17 +14,17 @@ constexpr int kFirstFreeDescriptor = 3;
 
 }  // namespace
 
-OutputDivert::OutputDivert(int stream) : stream_(stream), real_(fcntl(stream, F_DUPFD_CLOEXEC, kFirstFreeDescriptor)) {
+OutputDivert::OutputDivert() : real_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kFirstFreeDescriptor)) {
   fflush(stdout);
   const int file = memfd_create("library-output", MFD_CLOEXEC);
   file_ = fcntl(file, F_DUPFD_CLOEXEC, kFirstFreeDescriptor);
-  dup2(file, stream_);
+  dup2(file, STDOUT_FILENO);
   if (file > STDERR_FILENO) close(file);
 }
 
 OutputDivert::~OutputDivert() {
   fflush(stdout);
-  if (real_ >= 0) dup2(real_, stream_);
+  if (real_ >= 0) dup2(real_, STDOUT_FILENO);
   if (real_ >= 0) close(real_);
   if (file_ >= 0) close(file_);
 }

@@ -120,8 +120,8 @@ class Start(tool.Case):
         board.write_text("[bios]\nmodel = 3\n")
         done = self.run_on(board, "sensors")
         self.assertEqual((1, ""), (done.returncode, done.stdout))
-        self.assertRegex(done.stderr, r"\Avynctl: the library does not start: \S+broken\.toml:2: .+; it says: Please run "
-                         r"as root! \(code 0x1\)\n\Z")
+        self.assertRegex(done.stderr, r"\A\S+broken\.toml:2: .+\nvynctl: the library does not start: \S+broken\.toml:2: .+; "
+                         r"it says: Please run as root! \(code 0x1\)\n\Z")
         words = self.validated(self.run_on(board, "sensors", "--json").stdout)["error"]["words"]
         self.assertRegex(words, r"\Athe library does not start: \S+broken\.toml:2: ")
 

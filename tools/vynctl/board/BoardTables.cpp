@@ -34,6 +34,8 @@ std::vector<uint8_t> BoardTables::ReadIadt() const {
   return sim::LoadBoard(board_).firmware.iadt;
 }
 
+std::string BoardTables::Trouble() const { return sim::LoadBoard(board_).error; }
+
 bool BoardTables::HasMsrDevice() const {
   const sim::LoadedBoard loaded = sim::LoadBoard(board_);
   return loaded.board != nullptr && loaded.board->msrDevice;

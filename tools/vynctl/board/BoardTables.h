@@ -16,6 +16,8 @@ class BoardTables {
 
   /// The table's bytes with its header; empty when the board has none or it cannot be read.
   const std::vector<uint8_t>& Iadt();
+  /// What is wrong with the description of a simulated board, "FILE:LINE: ..."; empty when nothing is.
+  std::string Trouble() const;
   /// Whether a simulated board has the device file of the processor's registers.
   bool HasMsrDevice() const;
   /// The bytes of the board information table (IAMT), likewise.
