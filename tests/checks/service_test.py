@@ -67,6 +67,20 @@ class Units(Case):
         for name in SERVICES:
             self.assertIn(("ReadWritePaths", "-/run/lock/vynlib.lock"), self.settings(name))
 
+    def test_the_feeder_has_its_time_before_the_board_resets(self):
+        settings = self.settings("vynlib-watchdog.service")
+        values = dict(settings)
+        given = dict(value.split("=") for name, value in settings if name == "Environment")
+        interval, every = int(given["INTERVAL"]), int(given["FEED_EVERY"])
+        self.assertEqual(("notify", "3"), (values["Type"], values["RestartPreventExitStatus"]))
+        self.assertLess(int(values["TimeoutStopSec"]), interval - every)
+        self.assertLess(2 * every, int(values["WatchdogSec"]))
+        self.assertLess(int(values["WatchdogSec"]) + int(values["TimeoutAbortSec"]) + int(values["RestartSec"]), interval)
+
+    def test_the_feeder_reaches_the_service_manager(self):
+        families = [value for name, value in self.settings("vynlib-watchdog.service") if name == "RestrictAddressFamilies"]
+        self.assertEqual("AF_UNIX", families[-1])
+
     def test_metrics_wait_for_the_collectors_folder(self):
         settings = self.settings("vynlib-metrics.service")
         self.assertIn(("ConditionPathIsDirectory", COLLECTOR), settings)
