@@ -167,11 +167,12 @@ static inline int vynlib_lock_try_file(vynlib_lock* lock) {
 
 /* Tries until it is done, fails, or `end` has come: 0 or an errno. */
 static inline int vynlib_lock_until(vynlib_lock* lock, int (*attempt)(vynlib_lock*), long long end) {
+  struct pollfd nothing;
   for (;;) {
     const int failure = attempt(lock);
     if (failure != EBUSY && failure != EAGAIN && failure != EACCES) return failure;
     if (vynlib_lock_milliseconds() >= end) return EAGAIN;
-    poll(NULL, 0, VYNLIB_LOCK_TRY_MILLISECONDS);
+    poll(&nothing, 0, VYNLIB_LOCK_TRY_MILLISECONDS);
   }
 }
 
@@ -192,9 +193,12 @@ static inline int vynlib_lock_take_file(vynlib_lock* lock, long long end) {
  * failure the lock may be closed, and nothing else.
  */
 static inline int vynlib_lock_open(vynlib_lock* lock, const char* path) {
+  pthread_mutexattr_t usual;
   memset(lock, 0, sizeof *lock);
-  pthread_mutex_init(&lock->queue, NULL);
-  pthread_mutex_init(&lock->turn, NULL);
+  pthread_mutexattr_init(&usual);
+  pthread_mutex_init(&lock->queue, &usual);
+  pthread_mutex_init(&lock->turn, &usual);
+  pthread_mutexattr_destroy(&usual);
   lock->self = vynlib_lock_self();
   lock->descriptor = vynlib_lock_above_standard(vynlib_lock_open_file(path));
   if (lock->descriptor < 0) return errno == ELOOP ? VYNLIB_LOCK_UNSAFE : VYNLIB_LOCK_ERROR;

@@ -9,8 +9,8 @@
 #include "Subcommand.h"
 #include "Text.h"
 #include "Watchdog.h"
-#include "feeding/Feeder.h"
 #include "board/TablesFound.h"
+#include "feeding/Feeder.h"
 
 namespace vynctl {
 namespace {
@@ -146,22 +146,22 @@ FeedEnd FeedToTheEnd(const Context& context, const FeedPlan& plan, bool thenStop
   FeedEnd end = feeder.Run();
   manager.Tell("STOPPING=1");
   context.library.Lock().SetPatience({std::min(plan.every / 3, kLongestWaitToStop), true, true});
-  if (end.reason != FeedEnd::kSignal || !thenStop) return end;
+  if (end.reason != FeedEnd::Reason::kSignal || !thenStop) return end;
   const bool stopped = context.library.Functions().WDTDisable(VYNLIB_PERFORM) != 0;
-  return {stopped ? FeedEnd::kStopped : FeedEnd::kRefused, context.library.LastError()};
+  return {stopped ? FeedEnd::Reason::kStopped : FeedEnd::Reason::kRefused, context.library.LastError()};
 }
 
 int FeedRegularly(Context& context, const Arguments& arguments) {
   const FeedPlan plan = Plan(context, arguments, ServiceManager());
   const FeedEnd end = FeedToTheEnd(context, plan, arguments.thenStop);
-  if (end.reason == FeedEnd::kStopped) return FinishWith(context, "Watchdog stopped.\n", VYNLIB_OK);
+  if (end.reason == FeedEnd::Reason::kStopped) return FinishWith(context, "Watchdog stopped.\n", VYNLIB_OK);
   Notice(fmt::format("the watchdog counts on and resets the board in about {:g} s; 'vynctl watchdog stop' stops it",
                      plan.seconds));
-  if (end.reason == FeedEnd::kSignal) return FinishWith(context, "Watchdog fed.\n", VYNLIB_OK);
+  if (end.reason == FeedEnd::Reason::kSignal) return FinishWith(context, "Watchdog fed.\n", VYNLIB_OK);
   Document document = Document::Refused(end.code);
-  if (end.reason == FeedEnd::kUnwell) document.refusal->words = end.words;
+  if (end.reason == FeedEnd::Reason::kUnwell) document.refusal->words = end.words;
   const int status = context.Finish(document, "");
-  return end.reason == FeedEnd::kUnwell ? kUnwell : status;
+  return end.reason == FeedEnd::Reason::kUnwell ? kUnwell : status;
 }
 
 int Feed(Context& context, const Arguments& arguments) {

@@ -30,27 +30,28 @@ FeedEnd Feeder::Run() {
   try {
     return Loop();
   } catch (const StoppedWaiting&) {
-    return {FeedEnd::kSignal};
+    return {FeedEnd::Reason::kSignal};
   }
 }
 
 FeedEnd Feeder::Loop() {
-  FeedEnd end{FeedEnd::kSignal};
+  FeedEnd end{FeedEnd::Reason::kSignal};
   for (Clock::time_point next = Clock::now();;) {
     if (!MayFeed(&end) || !Feed(&end)) return end;
     manager_.Tell("READY=1\nWATCHDOG=1");
     Show();
     next = std::max(next + Duration(plan_.every), Clock::now());
-    if (!WaitUntil(next)) return {FeedEnd::kSignal};
+    if (!WaitUntil(next)) return {FeedEnd::Reason::kSignal};
   }
 }
 
 bool Feeder::MayFeed(FeedEnd* end) {
   if (!plan_.check.empty()) {
     const Health health = AskCommand(plan_.check, plan_.checkSeconds, signals_);
-    if (health.state == Health::kStopped) *end = {FeedEnd::kSignal};
-    if (health.state == Health::kUnwell) *end = {FeedEnd::kUnwell, 0, "the health command " + health.words};
-    if (health.state != Health::kWell) return false;
+    if (health.state == Health::State::kStopped) *end = {FeedEnd::Reason::kSignal};
+    if (health.state == Health::State::kUnwell)
+      *end = {FeedEnd::Reason::kUnwell, 0, "the health command " + health.words};
+    if (health.state != Health::State::kWell) return false;
   }
   return !plan_.barrier || ManagerReads(end);
 }
@@ -69,9 +70,9 @@ bool Feeder::ManagerReads(FeedEnd* end) {
   }
   if (answer >= 0) close(answer);
   if (event == Signals::Event::kKey) return true;
-  *end = event == Signals::Event::kStop
-             ? FeedEnd{FeedEnd::kSignal}
-             : FeedEnd{FeedEnd::kUnwell, 0, "the service manager has not read its messages for a whole interval"};
+  *end = event == Signals::Event::kStop ? FeedEnd{FeedEnd::Reason::kSignal}
+                                        : FeedEnd{FeedEnd::Reason::kUnwell, 0,
+                                                  "the service manager has not read its messages for a whole interval"};
   return false;
 }
 
@@ -85,10 +86,10 @@ bool Feeder::Feed(FeedEnd* end) {
     }
     const uint64_t code = context_.library.LastError();
     if (silent) Notice(fmt::format("feeding failed, trying again: {} (code {})", WordsFor(code), Hex(code)));
-    *end = {FeedEnd::kRefused, code};
+    *end = {FeedEnd::Reason::kRefused, code};
     if (IntervalIsOver()) return false;
     if (WaitUntil(Clock::now() + Duration(retry))) continue;
-    *end = {FeedEnd::kSignal};
+    *end = {FeedEnd::Reason::kSignal};
     return false;
   }
 }

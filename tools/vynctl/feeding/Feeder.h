@@ -21,7 +21,7 @@ struct FeedPlan {
 };
 
 struct FeedEnd {
-  enum Reason {
+  enum class Reason {
     kSignal,
     kStopped,  ///< a signal, and the watchdog was stopped then
     kRefused,  ///< the library failed, in feeding until the interval was over

@@ -58,7 +58,7 @@ Signals::Event Await(int process, double seconds, const Signals& signals) {
 Health AskCommand(const std::string& command, double seconds, const Signals& signals) {
   const pid_t child = fork();
   if (child == 0) BecomeCommand(command);
-  if (child < 0) return {Health::kUnwell, fmt::format("cannot be run: {}", strerror(errno))};
+  if (child < 0) return {Health::State::kUnwell, fmt::format("cannot be run: {}", strerror(errno))};
   setpgid(child, child);
   // By its number: the C library's header for it is not made for C++.
   const auto process = static_cast<int>(syscall(SYS_pidfd_open, child, 0));
@@ -67,13 +67,13 @@ Health AskCommand(const std::string& command, double seconds, const Signals& sig
   int status = 0;
   if (event == Signals::Event::kKey) {
     waitpid(child, &status, 0);
-    return status == 0 ? Health{Health::kWell} : Health{Health::kUnwell, HowItEnded(status)};
+    return status == 0 ? Health{Health::State::kWell} : Health{Health::State::kUnwell, HowItEnded(status)};
   }
   kill(-child, SIGKILL);
   // One that sleeps in the kernel does not end even so; it is not waited for.
   waitpid(child, &status, WNOHANG);
-  if (event == Signals::Event::kStop) return {Health::kStopped};
-  return {Health::kUnwell, fmt::format("took longer than {:g} s", seconds)};
+  if (event == Signals::Event::kStop) return {Health::State::kStopped};
+  return {Health::State::kUnwell, fmt::format("took longer than {:g} s", seconds)};
 }
 
 }  // namespace vynctl

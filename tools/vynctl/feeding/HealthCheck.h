@@ -8,7 +8,7 @@
 namespace vynctl {
 
 struct Health {
-  enum State {
+  enum class State {
     kWell,
     kUnwell,  ///< `words` tell what the command did
     kStopped  ///< a signal ended the waiting
