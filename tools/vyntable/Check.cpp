@@ -1,7 +1,6 @@
 #include "vyntable/Check.h"
 
 #include <algorithm>
-#include <memory>
 #include <set>
 #include <utility>
 
@@ -12,7 +11,6 @@
 #include "layout/IoChips.h"
 #include "layout/Walk.h"
 #include "vyntable/CommandCheck.h"
-#include "vyntable/Commands.h"
 #include "vyntable/Words.h"
 
 namespace vyntable {
@@ -228,35 +226,8 @@ class Checker {
   std::set<std::pair<std::string_view, std::string>> sensorNames_;
 };
 
-struct Options {
-  std::vector<std::string> files;
-};
-
-int Check(const Options& options) {
-  constexpr const char* kSeverities[] = {"note", "warning", "error"};
-  size_t counts[3] = {};
-  for (const Image& image : ReadImages(options.files)) {
-    for (const Finding& finding : CheckImage(image)) {
-      const auto severity = static_cast<size_t>(finding.severity);
-      ++counts[severity];
-      fmt::print("{}:{:#06x}: {}: {}\n", image.name, finding.offset, kSeverities[severity], finding.text);
-    }
-  }
-  fmt::print("{} errors, {} warnings, {} notes\n", counts[2], counts[1], counts[0]);
-  return counts[2] ? kExitBadInput : kExitOk;
-}
-
 }  // namespace
 
 std::vector<Finding> CheckImage(const Image& image) { return Checker(image).Run(); }
-
-Syntax DescribeCheck() {
-  const auto options = std::make_shared<Options>();
-  return {.arguments = {{.name = "FILE",
-                         .target = &options->files,
-                         .help = "tables, a directory that holds them, or a board file",
-                         .required = true}},
-          .run = [options] { return Check(*options); }};
-}
 
 }  // namespace vyntable

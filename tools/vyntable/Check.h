@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "vyntable/Files.h"
+#include "vyntable/Image.h"
 
 namespace vyntable {
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "sim/TableImage.h"
+#include "vyntable/Image.h"
 
 namespace vyntable {
 
@@ -22,15 +23,6 @@ inline constexpr char kBiosInfoFile[] = "biosinfo.bin";
 /// Input that cannot be used; the text is the one line that the user sees.
 struct BadInput : std::runtime_error {
   using std::runtime_error::runtime_error;
-};
-
-enum class Kind { kIadt, kIamt, kBiosInfo };
-
-/// One firmware table and where it came from.
-struct Image {
-  Kind kind;
-  std::string name;  ///< for messages
-  Bytes bytes;
 };
 
 /// Reads tables: a directory holding what `compile` writes, a single table file, or a board file, which is compiled

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "sim/TableImage.h"
+
 using namespace layout;
 
 namespace {
