@@ -77,16 +77,15 @@ void Document::RefuseIfNotOk(const Value& value) {
   if (value.state != State::kOk) refusal = Refusal{value.code, value.words};
 }
 
-Json ToJson(const Document& document, const std::string& command, const Options& options, const Library* library) {
-  Json model, error;
-  if (library != nullptr && !library->Model().empty()) model = library->Model();
+Json ToJson(const Document& document, const std::string& command, const Options& options, const std::string& model) {
+  Json error;
   if (document.refusal) error = CodeToJson(document.refusal->code, document.refusal->words);
   Json::Array values;
   for (const Value& value : document.values) values.push_back(ToJson(value));
   Json::Object json = {{"schema", kSchema},
                        {"version", kSchemaVersion},
                        {"command", command.empty() ? Json() : Json(command)},
-                       {"model", model},
+                       {"model", model.empty() ? Json() : Json(model)},
                        {"simulated", !options.load.board.empty()},
                        {"ok", !document.refusal.has_value()},
                        {"error", error},
@@ -105,9 +104,9 @@ Style StyleFor(const Options& options, int descriptor) {
 
 std::string DoctorHint(const Options& options) { return options.load.board.empty() ? "; run 'vynctl doctor'" : ""; }
 
-int Context::Finish(const Document& document, const std::string& text) {
+int Outlet::Finish(const Document& document, const std::string& text, const std::string& model) const {
   if (options.json) {
-    Print(IndentedText(ToJson(document, command, options, &library)) + '\n');
+    Print(IndentedText(ToJson(document, command, options, model)) + '\n');
   } else {
     Print(style.terminal ? commandline::Wrapped(text, style.width) : text);
     if (document.refusal) {
@@ -119,7 +118,7 @@ int Context::Finish(const Document& document, const std::string& text) {
   return document.refusal ? kRefused : kDone;
 }
 
-void Context::Print(const std::string& text) const {
+void Outlet::Print(const std::string& text) const {
   if (!text.empty() && !output.Write(text)) {
     throw std::runtime_error(fmt::format("cannot write to standard output: {}", strerror(errno)));
   }

@@ -48,8 +48,9 @@ struct Document {
   void RefuseIfNotOk(const Value& value);
 };
 
-/// The document in JSON after docs/vynctl.schema.json. `library` is null when it did not start.
-Json ToJson(const Document& document, const std::string& command, const Options& options, const Library* library);
+/// The document in JSON after docs/vynctl.schema.json.
+/// @param model  of the board; empty when it is not known
+Json ToJson(const Document& document, const std::string& command, const Options& options, const std::string& model);
 
 /// What ends a message about a failure of which 'vynctl doctor' knows more; empty on a simulated board.
 std::string DoctorHint(const Options& options);
@@ -57,19 +58,28 @@ std::string DoctorHint(const Options& options);
 /// Terminal or not, colours, width: after --color, NO_COLOR, TERM, COLUMNS, the locale and the descriptor.
 Style StyleFor(const Options& options, int descriptor);
 
-struct Context {
+/// Where a subcommand's result goes, and in which form.
+struct Outlet {
   /// Prints the document: as JSON with --json, else `text` and, on standard error, why it was refused.
   /// @return the exit status
-  int Finish(const Document& document, const std::string& text);
+  int Finish(const Document& document, const std::string& text, const std::string& model) const;
   /// Writes to the real standard output.
   /// @throws std::runtime_error when that fails
   void Print(const std::string& text) const;
 
   std::string command;
   const Options& options;
-  const Library& library;
   OutputDivert& output;
   Style style;
+};
+
+/// What a subcommand that uses the library works with.
+struct Context : Outlet {
+  int Finish(const Document& document, const std::string& text) const {
+    return Outlet::Finish(document, text, library.Model());
+  }
+
+  const Library& library;
 };
 
 }  // namespace vynctl

@@ -190,7 +190,7 @@ int RunAsStream(Context& context, const Arguments& arguments) {
     view.Refresh();
     Document document;
     document.values = view.Values();
-    context.Print(CompactText(ToJson(document, context.command, context.options, &context.library)) + '\n');
+    context.Print(CompactText(ToJson(document, context.command, context.options, context.library.Model())) + '\n');
     if (shown == arguments.count) return kDone;
     next = std::max(next + Period(arguments), Clock::now());
     while (Clock::now() < next) {

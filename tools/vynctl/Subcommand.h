@@ -10,6 +10,8 @@ namespace vynctl {
 
 /// Runs the subcommand and returns the exit status.
 using Action = std::function<int(Context& context)>;
+/// The same for one that does without the library.
+using LoneAction = std::function<int(const Outlet& outlet)>;
 
 /// What may be typed behind the subcommand, and what then runs it.
 struct Syntax {
@@ -19,8 +21,9 @@ struct Syntax {
   std::string usage = {};                        ///< the words of the usage line, where the arguments do not tell
   /// What cannot be undone from the same prompt, as a sentence; "" when nothing asks for consent. May be missing.
   std::function<std::string()> risk = {};
-  bool needsTable = false;  ///< refused where the library has found no IADT
-  Action run;
+  bool needsTable = false;                       ///< refused where the library has found no IADT
+  Action run = {};
+  LoneAction runAlone = {};  ///< instead of `run`
   /// What is to be done besides saying so when the library does not start.
   std::function<void(const Options& options)> notStarted = {};
 };

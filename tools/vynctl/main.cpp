@@ -120,8 +120,7 @@ CommandLine::CommandLine() {
       .chosen = &command_,
       .footer = kFooter};
   for (const Subcommand& subcommand : kSubcommands) {
-    const Syntax syntax = subcommand.describe();
-    syntaxes_.push_back(syntax);
+    const Syntax& syntax = syntaxes_.emplace_back(subcommand.describe());
     root.commands.push_back({.name = subcommand.name,
                              .summary = subcommand.summary,
                              .arguments = syntax.arguments,
@@ -152,7 +151,7 @@ int Complain(const CommandLine& line, int status, const std::string& why, uint64
   if (line.options.json) {
     Document document;
     document.refusal = Refusal{code, why + hint};
-    commandline::Print(kTool, IndentedText(ToJson(document, line.Command(), line.options, nullptr)) + '\n');
+    commandline::Print(kTool, IndentedText(ToJson(document, line.Command(), line.options, "")) + '\n');
   } else if (line.IsCheck()) {
     commandline::Print(kTool, fmt::format("VYNLIB UNKNOWN - {}{}\n", why, suffix));
   } else {
@@ -183,9 +182,11 @@ bool HasConsent(const CommandLine& line) {
 int RunChosen(const CommandLine& line) {
   if (!HasConsent(line)) return Complain(line, kRefused, "nothing was changed");
   OutputDivert output;
-  const Library library(line.options.load, output);
-  Context context{line.Command(), line.options, library, output, StyleFor(line.options, output.Descriptor())};
+  const Outlet outlet{line.Command(), line.options, output, StyleFor(line.options, output.Descriptor())};
   const Syntax& chosen = line.Chosen();
+  if (chosen.runAlone) return chosen.runAlone(outlet);
+  const Library library(line.options.load, output);
+  Context context{outlet, library};
   if (chosen.needsTable) {
     const std::optional<Refusal> refusal = RefuseWithoutTables(library, line.options);
     if (refusal) return context.Finish(Document::Refused(*refusal), "");
