@@ -36,6 +36,10 @@ class Includes(unittest.TestCase):
         self.assertEqual(1, len(self.offences("sim/BoardFile.cpp", "#include <toml++/toml.h>\n")))
         self.assertEqual([], self.offences("tools/commandline/Parse.cpp", "#include <CLI/CLI.hpp>\n"))
 
+    def test_finds_a_tool_that_uses_more_of_another_than_its_checks(self):
+        self.assertEqual(1, len(self.offences("tools/vynctl/main.cpp", '#include "vyntable/Files.h"\n')))
+        self.assertEqual([], self.offences("tools/vynctl/main.cpp", '#include "vyntable/Check.h"\n'))
+
     def test_allows_what_lies_below(self):
         self.assertEqual([], self.offences("src/smbus/TSMBus.cpp", '#include "text/VynString.h"\n#include <vector>\n'))
 

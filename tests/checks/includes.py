@@ -18,9 +18,9 @@ ALLOWED = {
     "src/api": ("api/", "tables/", "smbus/", "script/", "text/", "hw/", "layout/", "vynlib/vynlib.h"),
     "sim": ("sim/", "hw/Platform.h", "layout/"),
     "tools/commandline": ("commandline/",),
-    "tools/vynctl": ("commandline/", "vynlib/", "layout/", "sim/BoardFile.h"),
+    "tools/vynctl": ("commandline/", "vynlib/", "layout/", "sim/BoardFile.h", "vyntable/Check.h"),
 }
-FOLDERS = ("layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "sim/", "commandline/", "vynlib/")
+FOLDERS = ("layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "sim/", "commandline/", "vyntable/", "vynlib/")
 # The one source of the libraries and tools that includes the headers of a package.
 ALONE = {
     "CLI/": "tools/commandline/Parse.cpp",

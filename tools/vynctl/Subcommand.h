@@ -21,7 +21,7 @@ struct Syntax {
   std::string usage = {};                        ///< the words of the usage line, where the arguments do not tell
   /// What cannot be undone from the same prompt, as a sentence; "" when nothing asks for consent. May be missing.
   std::function<std::string()> risk = {};
-  bool needsTable = false;                       ///< refused where the library has found no IADT
+  bool needsTable = false;  ///< refused where the library has found no IADT
   Action run = {};
   LoneAction runAlone = {};  ///< instead of `run`
   /// What is to be done besides saying so when the library does not start.
@@ -49,5 +49,6 @@ Syntax DescribeChip();
 Syntax DescribeReport();
 Syntax DescribeMonitor();
 Syntax DescribeMetrics();
+Syntax DescribeDoctor();
 
 }  // namespace vynctl

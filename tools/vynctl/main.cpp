@@ -46,6 +46,8 @@ constexpr Subcommand kSubcommands[] = {
     {"fans", "the fans that can be controlled, their modes and settings", "vynctl fans", DescribeFans},
     {"fan", "show one fan or set its mode", "vynctl fan 'CPU Fan'\nvynctl fan 'CPU Fan' set 2 40 80", DescribeFan},
     {"chip", "which I/O chip serves a function", "vynctl chip\nvynctl chip watchdog WDT", DescribeChip},
+    {"doctor", "find out why the board cannot be used, or what gets in its way",
+     "vynctl doctor\nvynctl doctor --json\nvynctl doctor --bundle report.tar", DescribeDoctor},
 };
 
 /// "Examples:" with each line indented.
@@ -61,7 +63,8 @@ std::string ExamplesText(std::string_view examples) {
 
 constexpr char kFooter[] =
     "Without --simulate the tool works on this machine's hardware and must run as root.\n"
-    "Exit status: 0 done, 1 the library said no, 2 wrong usage; 'check' has those of a monitoring plugin.\n\n"
+    "Exit status: 0 done, 1 the library said no, 2 wrong usage; 'check' has those of a monitoring plugin.\n"
+    "When something does not work: vynctl doctor.\n\n"
     "Examples:\n"
     "  vynctl report\n"
     "  vynctl --simulate boards/reference.toml report\n"
@@ -200,8 +203,7 @@ int Execute(const CommandLine& line) {
   } catch (const LibraryError& error) {
     const Syntax& chosen = line.Chosen();
     if (chosen.notStarted) chosen.notStarted(line.options);
-    const std::string hint = error.code != VYNLIB_OK ? DoctorHint(line.options) : "";
-    return Complain(line, kRefused, error.what(), error.code, hint);
+    return Complain(line, kRefused, error.what(), error.code, DoctorHint(line.options));
   } catch (const LockError& error) {
     return Complain(line, kRefused, error.what());
   } catch (const UsageError& error) {

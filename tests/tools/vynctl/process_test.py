@@ -14,7 +14,7 @@ import tool
 
 class Usage(tool.Case):
     def test_help_has_examples(self):
-        for arguments in ([], ["sensors"], ["check"], ["watchdog"], ["fan"], ["set"]):
+        for arguments in ([], ["sensors"], ["check"], ["watchdog"], ["fan"], ["set"], ["doctor"]):
             done = self.run_on(None, *arguments, "--help")
             self.assertEqual((0, ""), (done.returncode, done.stderr))
             self.assertRegex(done.stdout, r"Examples:\n  vynctl ")
@@ -108,7 +108,7 @@ class Start(tool.Case):
     def test_failure_to_load_is_explained(self):
         done = self.run_on(None, "sensors", LD_LIBRARY_PATH=str(self.broken_library()))
         self.assertEqual((1, ""), (done.returncode, done.stdout))
-        self.assertRegex(done.stderr, r"\Avynctl: cannot load the library: .*libvynlib\.so\.1")
+        self.assertRegex(done.stderr, r"\Avynctl: cannot load the library: .*libvynlib\.so\.1.*; run 'vynctl doctor'\n\Z")
 
     def broken_library(self):
         directory = self.scratch()
@@ -127,7 +127,7 @@ class Start(tool.Case):
 
     def test_missing_function_is_named(self):
         done = self.stub("features")
-        self.assertEqual((1, "vynctl: libvynlib.so.1 has no function VynLibGetComType\n"),
+        self.assertEqual((1, "vynctl: libvynlib.so.1 has no function VynLibGetComType; run 'vynctl doctor'\n"),
                          (done.returncode, done.stderr))
 
 

@@ -62,7 +62,8 @@ TablesSought SeekTables(const doctor::Machine& machine) {
   const doctor::Findings memory = doctor::JudgeMemory(tables, {});
   const doctor::Findings judged = doctor::JudgeTables(tables, {});
   const std::string closed = tables.deviceError == 0 ? "" : "; /dev/mem: " + FoundOf(memory, "dev-mem");
-  return {.source = SourceWords(tables.iadt.source != doctor::Source::kNone ? tables.iadt.source : tables.iamt.source),
+  const bool described = tables.iadt.source != doctor::Source::kNone;
+  return {.source = SourceWords(described ? tables.iadt.source : tables.iamt.source),
           .iadt = FoundOf(judged, "iadt") + closed,
           .iamt = FoundOf(judged, "iamt") + closed,
           .hasIadt = !tables.iadt.Used().empty(),

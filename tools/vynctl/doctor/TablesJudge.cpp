@@ -125,7 +125,9 @@ std::string LibrarySide(const Tables& tables, const FirmwareTable& table) {
     case Source::kNone:
       break;
   }
-  return tables.Walked() ? "not among the tables in memory (/dev/mem)" : "the library cannot read it from memory";
+  if (tables.UsesCopies())
+    return fmt::format("the library is served the kernel's copies because {}", WhyNotMemory(tables));
+  return tables.Walked() ? "not among the tables in memory (/dev/mem)" : "the library cannot read it";
 }
 
 /// What to do about a table that the library does not find.

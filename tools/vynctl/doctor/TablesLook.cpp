@@ -2,7 +2,6 @@
 #include <fcntl.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <deque>
 #include <string_view>
@@ -19,7 +18,6 @@ namespace vynctl::doctor {
 namespace {
 
 namespace acpi = layout::acpi;
-using std::string_view_literals::operator""sv;
 
 constexpr char kKernelTables[] = "/sys/firmware/acpi/tables";
 constexpr size_t kParagraph = 16;
@@ -27,7 +25,7 @@ constexpr size_t kParagraph = 16;
 constexpr std::string_view kRecordSignature = layout::bios::kSignature;
 
 /// Tables whose every byte the library reads; of the others it reads the header.
-constexpr std::array kWholeTables = {"FACP"sv, "APIC"sv, "ECDT"sv, "DSDT"sv, "MCFG"sv, "IAMT"sv, "IADT"sv, "RSDT"sv};
+constexpr std::string_view kWholeTables[] = {"FACP", "APIC", "ECDT", "DSDT", "MCFG", "IAMT", "IADT", "RSDT"};
 
 bool SumsToZero(std::string_view bytes) {
   return layout::ByteSum(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()) == 0;

@@ -1,0 +1,55 @@
+// Puts the findings of the check of a table into one line each.
+#include "doctor/TableCheck.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+#include "Text.h"
+#include "vyntable/Check.h"
+
+namespace vynctl::doctor {
+namespace {
+
+using vyntable::Severity;
+
+std::string Counts(const std::vector<vyntable::Finding>& found) {
+  const auto counted = [&](Severity severity, const char* word) {
+    return Counted(static_cast<size_t>(std::ranges::count(found, severity, &vyntable::Finding::severity)), word);
+  };
+  return fmt::format("{}, {}, {}", counted(Severity::kError, "error"), counted(Severity::kWarning, "warning"),
+                     counted(Severity::kNote, "note"));
+}
+
+Finding Contents(const FirmwareTable& table, vyntable::Kind kind, const char* id) {
+  Finding finding{.id = id, .what = fmt::format("Check of {}", table.signature), .found = "in order"};
+  if (table.Used().empty()) {
+    finding.found = "not looked at, the library finds no such table";
+    finding.verdict = Verdict::kWarning;
+    finding.next = fmt::format("See 'Table {}'.", table.signature);
+    return finding;
+  }
+  const std::vector<vyntable::Finding> found = vyntable::CheckImage(
+      {.kind = kind, .name = table.signature, .bytes = {table.Used().begin(), table.Used().end()}});
+  if (found.empty()) return finding;
+  const auto error = std::ranges::find(found, Severity::kError, &vyntable::Finding::severity);
+  const vyntable::Finding& shown = error != found.end() ? *error : found.front();
+  finding.found = fmt::format("{}; the first{} at byte {:#x}: {}", Counts(found), error != found.end() ? " error" : "",
+                              shown.offset, Printable(shown.text));
+  if (error == found.end()) return finding;
+  finding.verdict = Verdict::kWarning;
+  finding.next =
+      "What is wrong in it does not work, the rest does. Send a bundle to the board's maker: 'vynctl doctor --bundle "
+      "FILE.tar'; "
+      "'vyntable check' lists everything.";
+  return finding;
+}
+
+}  // namespace
+
+Findings JudgeContents(const Tables& tables) {
+  return {Contents(tables.iadt, vyntable::Kind::kIadt, "iadt-check"),
+          Contents(tables.iamt, vyntable::Kind::kIamt, "iamt-check")};
+}
+
+}  // namespace vynctl::doctor
