@@ -9,6 +9,7 @@
 
 #include "Machine.h"
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
 namespace {
@@ -48,4 +49,19 @@ TEST(Locked, EveryCallIsRefusedAfterwards) {
 TEST(Locked, EveryCommandOfVynctlEndsWithStatus1) {
   for (const char* command : {"info", "report", "sensors", "features", "get lvds-state", "watchdog status"})
     EXPECT_EQ(1, guest::Run(std::string("vynctl ") + command + " 2>&1").status) << command;
+}
+
+TEST(Locked, TheDoctorSaysWhy) {
+  const guest::CommandResult result = guest::Run("vynctl doctor");
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(
+      result.output,
+      AllOf(HasSubstr("\nPrivilege level (iopl): refused: Operation not permitted (EPERM); the kernel is locked "
+                      "down  [problem]\n"),
+            HasSubstr("\nKernel lockdown: integrity: "), HasSubstr("Take 'lockdown=' off the kernel's command line"),
+            HasSubstr("\n/dev/mem: does not open: Operation not permitted (EPERM)  [problem]\n")));
+}
+
+TEST(Locked, FailuresPointToTheDoctor) {
+  EXPECT_THAT(guest::Run("vynctl sensors 2>&1").output, HasSubstr("; run 'vynctl doctor'\n"));
 }
