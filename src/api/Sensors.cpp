@@ -73,10 +73,10 @@ float Volts(unsigned long long raw, uint8_t upper, uint8_t lower, uint8_t milliv
 }
 
 /// Contract: a raw 0 means no reading, so a true 0 V is never reported.
-template <uint8_t kind, uint8_t noReading>
+template <uint8_t upper, uint8_t lower, uint8_t noReading>
 uint8_t VoltageBy8(const uint8_t* record, const Raw& raw, float* volts) {
   if (raw.a == 0) return noReading;
-  *volts = Volts(raw.a, record[At(Sensor("voltage", kind), "r1")], record[At(Sensor("voltage", kind), "r2")], 8);
+  *volts = Volts(raw.a, record[upper], record[lower], 8);
   return kReadingCounts;
 }
 
@@ -87,8 +87,8 @@ uint8_t VoltageByStep(const uint8_t* record, const Raw& raw, float* volts) {
 }
 
 constexpr SensorList<float> kVoltages[] = {
-    {kVoltage1, VoltageBy8<1, 0x01>},
-    {kVoltage2, VoltageBy8<2, 0x02>},
+    {kVoltage1, VoltageBy8<At(kVoltage1, "r1"), At(kVoltage1, "r2"), 0x01>},
+    {kVoltage2, VoltageBy8<At(kVoltage2, "r1"), At(kVoltage2, "r2"), 0x02>},
     {kVoltage3, VoltageByStep},
 };
 
