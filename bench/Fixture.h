@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "bench/NullMachine.h"
-#include "sim/TableImage.h"
+#include "firmware/IadtBuilder.h"
 #include "tables/TAcpiBase.h"
 #include "tables/TIADTable.h"
 #include "tables/TIAxTCommon.h"
@@ -20,9 +20,9 @@ inline void StartLibrary() {
 }
 
 /// The same with these function description records.
-inline void StartLibrary(const sim::IadtBuilder& builder) {
+inline void StartLibrary(const firmware::IadtBuilder& builder) {
   StartLibrary();
-  sim::Bytes table = builder.Build();
+  firmware::Bytes table = builder.Build();
   TAcpiBase::GetInstance()->BuildIADT(table.data());
 }
 

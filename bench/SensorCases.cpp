@@ -4,6 +4,7 @@
 
 #include "bench/Case.h"
 #include "bench/Fixture.h"
+#include "firmware/IadtBuilder.h"
 #include "hw/Platform.h"
 
 namespace bench {
@@ -25,12 +26,12 @@ void ReadByHand(const std::vector<std::array<char, 20>>& names, const char* want
 }
 
 Case Voltage(unsigned count) {
-  sim::IadtBuilder builder;
+  firmware::IadtBuilder builder;
   auto names = std::make_shared<std::vector<std::array<char, 20>>>(count);
   for (unsigned i = 0; i < count; ++i) {
-    builder.Add(sim::Record::Sensor("voltage", 2)
+    builder.Add(firmware::Record::Sensor("voltage", 2)
                     .Name(SensorName(i))
-                    .Commands({sim::Command::IndexData(kIndexPort, kDataPort, 0x20).Get()}));
+                    .Commands({firmware::Command::IndexData(kIndexPort, kDataPort, 0x20).Get()}));
     SensorName(i).copy((*names)[i].data(), 20);
   }
   const std::string wanted = SensorName(count - 1);

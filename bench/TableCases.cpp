@@ -4,6 +4,7 @@
 
 #include "bench/Case.h"
 #include "bench/Fixture.h"
+#include "firmware/IadtBuilder.h"
 #include "hw/Platform.h"
 #include "layout/LittleEndian.h"
 
@@ -79,16 +80,16 @@ void InitByHand() {
   platform::SetIoPrivilegeLevel(0);
 }
 
-sim::Bytes RecordsTable(unsigned count) {
-  sim::IadtBuilder builder;
+firmware::Bytes RecordsTable(unsigned count) {
+  firmware::IadtBuilder builder;
   for (unsigned i = 0; i < count; ++i)
     builder.Feature("LVDSState", static_cast<uint8_t>(i),
-                    {sim::Command::IndexData(kIndexPort, kDataPort, 0xF0).Get(1, 1)});
+                    {firmware::Command::IndexData(kIndexPort, kDataPort, 0xF0).Get(1, 1)});
   return builder.Build();
 }
 
 /// A node per record in one allocation each, in order: what keeping the records takes at least.
-void KeepByHand(const sim::Bytes& table) {
+void KeepByHand(const firmware::Bytes& table) {
   struct Node {
     std::unique_ptr<unsigned char[]> bytes;
     std::unique_ptr<Node> next;
@@ -107,17 +108,17 @@ void KeepByHand(const sim::Bytes& table) {
 }
 
 Case Parsing(unsigned records) {
-  auto table = std::make_shared<sim::Bytes>(RecordsTable(records));
+  auto table = std::make_shared<firmware::Bytes>(RecordsTable(records));
   return {.name = "parse/" + std::to_string(records),
           .setUp = [] { NullMachine::Get().Reset(); },
           .library = [table] { TIADTable().Fill(table->data(), static_cast<uint32_t>(table->size())); },
           .baseline = [table] { KeepByHand(*table); }};
 }
 
-sim::IadtBuilder FanRecords(unsigned count) {
-  sim::IadtBuilder builder;
+firmware::IadtBuilder FanRecords(unsigned count) {
+  firmware::IadtBuilder builder;
   for (unsigned i = 0; i < count; ++i)
-    builder.Add(sim::Record::Feature("FanConfig").Name(std::to_string(100000 + i) + " Fan Mode").Value(0));
+    builder.Add(firmware::Record::Feature("FanConfig").Name(std::to_string(100000 + i) + " Fan Mode").Value(0));
   return builder;
 }
 

@@ -3,10 +3,11 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "sim/BoardFile.h"
+#include "boardfile/BoardFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  const sim::LoadedBoard loaded = sim::ParseBoard({reinterpret_cast<const char*>(data), size}, "board.toml");
+  const boardfile::LoadedBoard loaded =
+      boardfile::ParseBoard({reinterpret_cast<const char*>(data), size}, "board.toml");
   // Either a board or one line that says why not.
   const bool oneLine = !loaded.error.empty() && loaded.error.find('\n') == std::string::npos;
   if ((loaded.board == nullptr) != oneLine) {

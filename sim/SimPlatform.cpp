@@ -1,6 +1,6 @@
 // The seam over the current simulated board.
 #include "hw/Platform.h"
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 
 namespace platform {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 
 namespace sim {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 #include "sim/chips/SmbusSlave.h"
 
 namespace sim {

@@ -5,7 +5,7 @@
 #include <map>
 #include <vector>
 
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 #include "sim/chips/Registers.h"
 
 namespace sim {

@@ -6,12 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "sim/SimBoard.h"
-#include "sim/TableImage.h"
+#include "firmware/AcpiImage.h"
+#include "firmware/BiosInfo.h"
+#include "firmware/IadtBuilder.h"
+#include "firmware/IamtBuilder.h"
+#include "sim/Board.h"
 #include "vynlib/vynlib.h"
 
-using sim::Command;
-using sim::Record;
+using firmware::Command;
+using firmware::Record;
 using testing::ElementsAre;
 
 namespace {
@@ -24,7 +27,7 @@ constexpr uint8_t kLvds = 0x10, kCom = 0x20, kVoltage = 0x30, kTemperature = 0x3
 Command Pair(uint8_t reg) { return Command::IndexData(kIndex, kData, reg); }
 
 /// Two states of a feature in the bits of `mask`.
-void AddStates(sim::IadtBuilder* iadt, const char* function, uint8_t index, uint8_t reg, uint8_t mask) {
+void AddStates(firmware::IadtBuilder* iadt, const char* function, uint8_t index, uint8_t reg, uint8_t mask) {
   for (const bool on : {false, true}) {
     const uint8_t bits = on ? mask : uint8_t{0};
     iadt->Feature(function, index, on ? 1 : 0,
@@ -33,7 +36,7 @@ void AddStates(sim::IadtBuilder* iadt, const char* function, uint8_t index, uint
 }
 
 /// Bits 0 and 1 of the watchdog register: active, counting. Bit 2 is the count mode.
-void AddWatchdog(sim::IadtBuilder* iadt) {
+void AddWatchdog(firmware::IadtBuilder* iadt) {
   struct Operation {
     uint8_t number, mask, bits;
   };
@@ -49,7 +52,7 @@ void AddWatchdog(sim::IadtBuilder* iadt) {
                 .Commands({Pair(kChipLow).Get().Argument(0), Pair(kChipHigh).Get().Argument(1)}));
 }
 
-void AddFan(sim::IadtBuilder* iadt) {
+void AddFan(firmware::IadtBuilder* iadt) {
   const Command duty = Pair(kFanDuty).Get().Set().Argument(1);
   for (const uint8_t mode : {uint8_t{0}, uint8_t{1}})
     iadt->Add(Record::Feature("FanConfig")
@@ -58,7 +61,7 @@ void AddFan(sim::IadtBuilder* iadt) {
                   .Commands({Pair(kFanMode).Get(0x0F, mode), Pair(kFanMode).Set(0xF0, mode), duty}));
 }
 
-void AddSensors(sim::IadtBuilder* iadt) {
+void AddSensors(firmware::IadtBuilder* iadt) {
   iadt->Add(Record::Sensor("voltage", 2)
                 .Name("+3.3V")
                 .Parameter("r1", 10)
@@ -75,15 +78,18 @@ class Life : public testing::Test {
   std::string printed;
 
   Life() {
-    sim::IadtBuilder iadt;
+    firmware::IadtBuilder iadt;
     AddStates(&iadt, "LVDSState", 0, kLvds, 0x04);
     AddStates(&iadt, "ComType", 1, kCom, 0x01);
     AddStates(&iadt, "ComType", 2, kCom, 0x02);
     AddSensors(&iadt);
     AddWatchdog(&iadt);
     AddFan(&iadt);
-    sim::AcpiImage().Table(sim::IamtBuilder().Chips(0x94D2, 0, 0).Build()).Table(iadt.Build()).PutInto(&board);
-    board.Memory(0xF4000, sim::BiosInfo{.model = "VX-2000"}.Build());
+    firmware::AcpiImage()
+        .Table(firmware::IamtBuilder().Chips(0x94D2, 0, 0).Build())
+        .Table(iadt.Build())
+        .PutInto(&board);
+    board.Memory(0xF4000, firmware::BiosInfo{.model = "VX-2000"}.Build());
     sim::Board::MakeCurrent(&board);
     Start();
   }

@@ -6,13 +6,16 @@
 #include <string>
 #include <vector>
 
-#include "sim/TableImage.h"
+#include "firmware/AcpiImage.h"
+#include "firmware/BiosInfo.h"
+#include "firmware/IadtBuilder.h"
+#include "firmware/IamtBuilder.h"
 #include "tests/support/TrappedMachine.h"
 #include "vynlib/vynlib.h"
 
 using namespace layout;
 
-using sim::Command;
+using firmware::Command;
 using testing::ElementsAre;
 
 namespace {
@@ -21,8 +24,8 @@ constexpr uint16_t kIndex = 0x70, kData = 0x71;
 
 Command Pair(uint8_t reg) { return Command::IndexData(kIndex, kData, reg); }
 
-sim::Bytes FunctionTable() {
-  return sim::IadtBuilder()
+firmware::Bytes FunctionTable() {
+  return firmware::IadtBuilder()
       .Feature("LVDSState", 0, {Pair(0x10).Get(0x04, 0x00), Pair(0x10).Set(0xFB, 0x00)})
       .Feature("LVDSState", 1, {Pair(0x10).Get(0x04, 0x04), Pair(0x10).Set(0xFB, 0x04)})
       .Feature("WifiState", 5, {Command::Memory(0xFED80010).Get(0xFF, 0x5A)})
@@ -40,9 +43,9 @@ class ProductionLibraryOnABoard : public testing::Test {
 
   ProductionLibraryOnABoard() {
     for (const auto& [address, bytes] :
-         sim::AcpiImage().Table(FunctionTable()).Table(sim::IamtBuilder().Chips(1, 2, 3).Build()).Build())
+         firmware::AcpiImage().Table(FunctionTable()).Table(firmware::IamtBuilder().Chips(1, 2, 3).Build()).Build())
       machine.StoreMemory(address, bytes);
-    machine.StoreMemory(0xE8000, sim::BiosInfo{.model = "TRAPPED-2"}.Build());
+    machine.StoreMemory(0xE8000, firmware::BiosInfo{.model = "TRAPPED-2"}.Build());
     machine.StoreMemory(0xFED80010, {0x5A});
     machine.msrs[0x19C] = {0x77, 0, 0, 0, 0, 0, 0, 0};
     machine.in = [this](uint16_t port, unsigned) { return port == kData ? registers[selected] : 0xFFFFFFFFu; };

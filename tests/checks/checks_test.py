@@ -33,12 +33,26 @@ class Includes(unittest.TestCase):
 
     def test_finds_a_second_source_of_a_slow_header(self):
         self.assertEqual(1, len(self.offences("tools/vynctl/Context.h", "#include <nlohmann/json.hpp>\n")))
-        self.assertEqual(1, len(self.offences("sim/BoardFile.cpp", "#include <toml++/toml.h>\n")))
+        self.assertEqual(1, len(self.offences("boardfile/BoardFile.cpp", "#include <toml++/toml.h>\n")))
         self.assertEqual([], self.offences("tools/commandline/Parse.cpp", "#include <CLI/CLI.hpp>\n"))
 
     def test_finds_a_tool_that_uses_more_of_another_than_its_checks(self):
         self.assertEqual(1, len(self.offences("tools/vynctl/main.cpp", '#include "vyntable/Files.h"\n')))
         self.assertEqual([], self.offences("tools/vynctl/main.cpp", '#include "vyntable/Check.h"\n'))
+
+    def test_finds_a_machine_that_knows_firmware(self):
+        for name in ("firmware/Record.h", "layout/AcpiLayout.h", "hw/TReadWrite.h"):
+            self.assertEqual(1, len(self.offences("sim/Board.cpp", f'#include "{name}"\n')))
+
+    def test_finds_firmware_that_knows_the_library_or_a_machine(self):
+        for name in ("tables/TIADTable.h", "sim/Board.h", "boardfile/BoardFile.h"):
+            self.assertEqual(1, len(self.offences("firmware/Record.cpp", f'#include "{name}"\n')))
+
+    def test_finds_tools_benchmarks_and_fuzzers_outside_their_rows(self):
+        for path, name in (("tools/vyntable/Check.cpp", "sim/Board.h"), ("tools/vynprobe/main.cpp", "api/Library.h"),
+                           ("tools/vynctl/main.cpp", "sim/Board.h"), ("bench/Main.cpp", "sim/Board.h"),
+                           ("fuzz/AcpiFuzz.cpp", "firmware/Record.h"), ("src/layout/Walk.h", "hw/Platform.h")):
+            self.assertEqual([(pathlib.Path(path), name)], self.offences(path, f'#include "{name}"\n'))
 
     def test_allows_what_lies_below(self):
         self.assertEqual([], self.offences("src/smbus/TSMBus.cpp", '#include "text/VynString.h"\n#include <vector>\n'))

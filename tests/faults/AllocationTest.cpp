@@ -10,7 +10,10 @@
 #include <vector>
 
 #include "bench/NullMachine.h"
-#include "sim/TableImage.h"
+#include "firmware/AcpiImage.h"
+#include "firmware/BiosInfo.h"
+#include "firmware/IadtBuilder.h"
+#include "firmware/IamtBuilder.h"
 #include "tests/faults/SmallBoard.h"
 #include "vynlib/vynlib.h"
 
@@ -48,8 +51,8 @@ void operator delete[](void* block, size_t) noexcept { std::free(block); }
 namespace {
 
 using bench::NullMachine;
-using sim::Command;
-using sim::Record;
+using firmware::Command;
+using firmware::Record;
 
 constexpr uint16_t kSmbusBase = 0x400, kSmbusControl = kSmbusBase + 2, kSmbusData = kSmbusBase + 5;
 constexpr uint8_t kSlave = 0x5A;
@@ -67,7 +70,7 @@ class Allocations : public testing::Test {
     machine.smbusBase = kSmbusBase;
     machine.ports[kSmbusBase] = machine.ports[kSmbusBase + 0xD] = 0;
     machine.ports[kSmbusData] = 1;
-    sim::IadtBuilder iadt;
+    firmware::IadtBuilder iadt;
     for (uint8_t state = 0; state < 2; ++state) {
       const Command reg = Command::Smbus(kSlave, 0x20);
       iadt.Feature("ComType", 1, state, {Command(reg).Get(0x01, state), Command(reg).Set(0xFE, state)});
@@ -81,14 +84,14 @@ class Allocations : public testing::Test {
     iadt.Add(Record::Sensor("temperature", 4)
                  .Name("Board")
                  .Commands({Command::Smbus(kSlave, 0x40).Get(), Command::Smbus(kSlave, 0x41).Get()}));
-    for (const auto& [address, bytes] : sim::AcpiImage()
+    for (const auto& [address, bytes] : firmware::AcpiImage()
                                             .RootPointerAt(0xE0040)
                                             .TablesAt(0xE1000)
                                             .Table(iadt.Build())
-                                            .Table(sim::IamtBuilder().Chips(1, 2, 3).Build())
+                                            .Table(firmware::IamtBuilder().Chips(1, 2, 3).Build())
                                             .Build())
       std::copy(bytes.begin(), bytes.end(), machine.memory.begin() + (address - bench::kMemoryBase));
-    const auto record = sim::BiosInfo{.model = "SHORT"}.Build();
+    const auto record = firmware::BiosInfo{.model = "SHORT"}.Build();
     std::copy(record.begin(), record.end(), machine.memory.begin());
     machine.log.reserve(1u << 16);
     machine.logging = true;

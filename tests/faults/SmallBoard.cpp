@@ -8,17 +8,19 @@
 #include <string>
 #include <vector>
 
-#include "sim/TableImage.h"
+#include "firmware/AcpiImage.h"
+#include "firmware/BiosInfo.h"
+#include "firmware/IadtBuilder.h"
 #include "sim/chips/SmbusPlatforms.h"
 #include "vynlib/vynlib.h"
 
 namespace small_board {
 namespace {
 
-using sim::Bytes;
-using sim::Command;
-using sim::IadtBuilder;
-using sim::Record;
+using firmware::Bytes;
+using firmware::Command;
+using firmware::IadtBuilder;
+using firmware::Record;
 
 constexpr uint32_t kBiosRecord = 0xE0000, kRootPointer = 0xE0040, kTables = 0xE0100;
 
@@ -70,8 +72,8 @@ void Build(sim::Board* board, std::string_view controller) {
   IadtBuilder iadt;
   AddStates(&iadt);
   AddSensors(&iadt);
-  board->Memory(kBiosRecord, sim::BiosInfo{.model = "SMALL"}.Build());
-  sim::AcpiImage().RootPointerAt(kRootPointer).TablesAt(kTables).Table(iadt.Build()).PutInto(board);
+  board->Memory(kBiosRecord, firmware::BiosInfo{.model = "SMALL"}.Build());
+  firmware::AcpiImage().RootPointerAt(kRootPointer).TablesAt(kTables).Table(iadt.Build()).PutInto(board);
   board->IndexData(0x2E, 0x2F);
   board->Ports(0x80, {0}).Ports(0x100, {208, 0x2D, 0x04, 0xE2});
   board->Memory(kWifiAddress, Bytes{0});

@@ -14,7 +14,7 @@
 #include <memory>
 #include <string_view>
 
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 #include "sim/chips/SmbusHost.h"
 
 namespace small_board {

@@ -11,7 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 #include "smbus/TSMBus.h"
 #include "tables/TIAxTCommon.h"
 #include "vynlib/vynlib.h"

@@ -1,14 +1,19 @@
 // The simulated machine keeps a log of its own.
-#include <cstdlib>
+#include <cstdio>
+#include <memory>
 
 #include "AccessLog.h"
-#include "sim/SimBoard.h"
+#include "boardfile/BoardFile.h"
 
 namespace probe {
 
 bool UseBoard(const std::string& file) {
-  if (!file.empty()) setenv("VYNLIB_BOARD", file.c_str(), 1);
-  sim::Board::Current().logging = true;
+  static std::unique_ptr<sim::Board> board;
+  boardfile::LoadedBoard loaded = boardfile::LoadBoard(file);
+  if (!loaded.board) std::fprintf(stderr, "%s\n", loaded.error.c_str());
+  board = loaded.board ? std::move(loaded.board) : sim::Board::Unprivileged();
+  sim::Board::MakeCurrent(board.get());
+  board->logging = true;
   return true;
 }
 

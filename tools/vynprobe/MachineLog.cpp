@@ -1,8 +1,10 @@
 // The platform of the real machine's program: notes each access and hands it to the machine. PlatformLinux.cpp is built
 // once more under the namespace `machine` for it.
+#include <utility>
+
 #include "AccessLog.h"
 #include "hw/Platform.h"
-#include "sim/SimBoard.h"
+#include "sim/Access.h"
 
 namespace machine {
 

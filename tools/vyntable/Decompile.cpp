@@ -2,8 +2,9 @@
 
 #include <fmt/core.h>
 
+#include "boardfile/FirmwareText.h"
 #include "vyntable/Commands.h"
-#include "vyntable/DecompileText.h"
+#include "vyntable/Files.h"
 
 namespace vyntable {
 namespace {
@@ -16,11 +17,13 @@ struct Options {
 std::string TextOf(const Image& image) {
   switch (image.kind) {
     case Kind::kIadt:
-      return IadtText(image);
+      RequireHeader(image);
+      return boardfile::IadtText(image.bytes);
     case Kind::kIamt:
-      return IamtText(image);
+      RequireHeader(image);
+      return boardfile::IamtText(image.bytes);
     case Kind::kBiosInfo:
-      return BiosInfoText(image);
+      return boardfile::BiosInfoText(image.bytes);
   }
   return "";
 }

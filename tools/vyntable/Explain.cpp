@@ -6,6 +6,7 @@
 #include <fmt/color.h>
 #include <fmt/core.h>
 
+#include "boardfile/FirmwareText.h"
 #include "layout/BiosRecord.h"
 #include "layout/Checksum.h"
 #include "layout/Walk.h"
@@ -16,6 +17,7 @@
 namespace vyntable {
 
 using namespace layout;
+using boardfile::Hex;
 namespace {
 
 struct Options {
@@ -69,7 +71,7 @@ const fmt::text_style kTitle = fmt::emphasis::bold;
 
 void ExplainHeader(const Image& image, const Printer& out) {
   const View table(image.bytes);
-  if (table.size() < acpi::kHeaderBytes) throw BadInput(image.name + ": shorter than the 36 bytes of a table header");
+  RequireHeader(image);
   const std::string signature(table.begin(), table.begin() + 4);
   out.Line(kTitle, fmt::format("{}: {} table, {} bytes", image.name, signature, table.size()));
   out.Block(0, table.first(acpi::kHeaderBytes),

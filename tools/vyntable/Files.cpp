@@ -7,10 +7,11 @@
 #include <fstream>
 #include <iterator>
 
+#include "boardfile/BoardFile.h"
+#include "layout/AcpiLayout.h"
 #include "layout/BiosRecord.h"
 #include "layout/BoardRecord.h"
 #include "layout/RecordLayout.h"
-#include "sim/BoardFile.h"
 
 using namespace layout;
 
@@ -21,12 +22,12 @@ struct KindRow {
   Kind kind;
   std::string_view signature;
   const char* file;
-  Bytes sim::Firmware::*bytes;
+  Bytes boardfile::Firmware::*bytes;
 };
 constexpr KindRow kKinds[] = {
-    {Kind::kIadt, iadt::kSignature, kIadtFile, &sim::Firmware::iadt},
-    {Kind::kIamt, iamt::kSignature, kIamtFile, &sim::Firmware::iamt},
-    {Kind::kBiosInfo, bios::kSignature, kBiosInfoFile, &sim::Firmware::biosInfo},
+    {Kind::kIadt, iadt::kSignature, kIadtFile, &boardfile::Firmware::iadt},
+    {Kind::kIamt, iamt::kSignature, kIamtFile, &boardfile::Firmware::iamt},
+    {Kind::kBiosInfo, bios::kSignature, kBiosInfoFile, &boardfile::Firmware::biosInfo},
 };
 
 /// Longer input is no firmware table and no board file.
@@ -82,12 +83,18 @@ std::vector<Image> ReadImages(const std::vector<std::string>& paths) {
 }
 
 std::vector<Image> CompileBoard(const std::string& path) {
-  const sim::LoadedBoard loaded = sim::LoadBoard(path);
-  if (!loaded.board) throw BadInput(loaded.error);
+  const boardfile::CompiledFirmware compiled = boardfile::CompileFile(path);
+  if (!compiled.firmware) throw BadInput(compiled.error);
   std::vector<Image> images;
   for (const KindRow& row : kKinds)
-    if (const Bytes& bytes = loaded.firmware.*row.bytes; !bytes.empty()) images.push_back({row.kind, row.file, bytes});
+    if (const Bytes& bytes = (*compiled.firmware).*row.bytes; !bytes.empty())
+      images.push_back({row.kind, row.file, bytes});
   return images;
+}
+
+void RequireHeader(const Image& image) {
+  if (image.bytes.size() < acpi::kHeaderBytes)
+    throw BadInput(image.name + ": shorter than the 36 bytes of a table header");
 }
 
 void WriteFile(const std::string& path, std::string_view content) {

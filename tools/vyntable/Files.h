@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "sim/TableImage.h"
+#include "firmware/Bytes.h"
 #include "vyntable/Image.h"
 
 namespace vyntable {
 
-using sim::Bytes;
+using firmware::Bytes;
 
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitBadInput = 1;
@@ -30,6 +30,9 @@ struct BadInput : std::runtime_error {
 std::vector<Image> ReadImages(const std::vector<std::string>& paths);
 /// The tables of a board file. Throws BadInput.
 std::vector<Image> CompileBoard(const std::string& path);
+
+/// Throws BadInput when a table is shorter than the header that every table has.
+void RequireHeader(const Image& image);
 
 /// Throws BadInput when the file cannot be written.
 void WriteFile(const std::string& path, std::string_view content);

@@ -92,8 +92,6 @@ std::string Title(const RecordView& record) {
   return fmt::format("{} index {} value {}{}", kind, record.Index(), record.Value(), name);
 }
 
-std::string Hex(View bytes) { return fmt::format("{:02X}", fmt::join(bytes, " ")); }
-
 std::vector<std::string> Words(const CommandView& command) {
   if (!command.layout) return {"the walk over the commands ends here"};
   return {Target(command), DirectionText(command, kDirections[0]), DirectionText(command, kDirections[1])};

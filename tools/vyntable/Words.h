@@ -14,7 +14,5 @@ std::string NameText(const layout::RecordView& record);
 std::string Title(const layout::RecordView& record);
 /// What the command reaches, then what it does when reading and when setting, one phrase each.
 std::vector<std::string> Words(const layout::CommandView& command);
-/// "06 A0 00", for a line of text.
-std::string Hex(layout::View bytes);
 
 }  // namespace vyntable

@@ -3,14 +3,14 @@
 
 #include <gtest/gtest.h>
 
-#include "sim/TableImage.h"
+#include "firmware/IadtBuilder.h"
 
 namespace vynctl {
 namespace {
 
-using sim::Command;
-using sim::IadtBuilder;
-using sim::Record;
+using firmware::Command;
+using firmware::IadtBuilder;
+using firmware::Record;
 
 Value Reading(const char* quantity, const char* name, double number) {
   return {.name = name, .quantity = quantity, .data = number};

@@ -10,15 +10,17 @@
 #include <vector>
 
 #include "api/Library.h"
-#include "sim/SimBoard.h"
-#include "sim/TableImage.h"
+#include "firmware/AcpiImage.h"
+#include "firmware/IadtBuilder.h"
+#include "firmware/IamtBuilder.h"
+#include "sim/Board.h"
 #include "vynlib/vynlib.h"
 
 namespace apitest {
 
-using sim::Bytes;
-using sim::Command;
-using sim::Record;
+using firmware::Bytes;
+using firmware::Command;
+using firmware::Record;
 
 /// Small numbers to go through: for (const uint8_t selector : Numbers{1, 2}).
 using Numbers = std::initializer_list<uint8_t>;
@@ -26,8 +28,8 @@ using Numbers = std::initializer_list<uint8_t>;
 class Api : public testing::Test {
  protected:
   sim::Board board;
-  sim::IadtBuilder iadt;
-  sim::IamtBuilder iamt;
+  firmware::IadtBuilder iadt;
+  firmware::IamtBuilder iamt;
   std::string printed;  ///< by the start
 
   Api() { sim::Board::MakeCurrent(&board); }
@@ -35,7 +37,7 @@ class Api : public testing::Test {
 
   /// Puts the tables built so far into memory and initialises the library; the log is empty afterwards.
   void Start() {
-    sim::AcpiImage().Table(iadt.Build()).Table(iamt.Build()).PutInto(&board);
+    firmware::AcpiImage().Table(iadt.Build()).Table(iamt.Build()).PutInto(&board);
     StartWithoutTables();
   }
   void StartWithoutTables() {

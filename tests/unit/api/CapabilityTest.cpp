@@ -327,7 +327,7 @@ TEST_F(TableSupported, Is0ForAnyOtherSelectorAndLeavesTheCode) {
 }
 
 TEST_F(TableSupported, Is0WithOneTableAlone) {
-  sim::AcpiImage().Table(iadt.Build()).PutInto(&board);
+  firmware::AcpiImage().Table(iadt.Build()).PutInto(&board);
   StartWithoutTables();
   api::LastErrorCode = 99;
   EXPECT_EQ(VynLibTableSupported(2), 0);
@@ -335,7 +335,7 @@ TEST_F(TableSupported, Is0WithOneTableAlone) {
   Stop();
   sim::Board other;
   sim::Board::MakeCurrent(&other);
-  sim::AcpiImage().Table(iamt.Build()).PutInto(&other);
+  firmware::AcpiImage().Table(iamt.Build()).PutInto(&other);
   StartWithoutTables();
   EXPECT_EQ(VynLibTableSupported(2), 0);
   Stop();

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "api/TVyn.h"
+#include "firmware/BiosInfo.h"
 #include "hw/TReadWrite.h"
 #include "smbus/TSMBus.h"
 #include "tables/TAcpiBase.h"
@@ -61,7 +62,7 @@ TEST_F(Init, CreatesEverySingletonAndSetsInitOkAndNoCode) {
 }
 
 TEST_F(Init, PrintsTheModelName) {
-  board.Memory(0xE4560, sim::BiosInfo{.model = "VX-2000 rev B"}.Build());
+  board.Memory(0xE4560, firmware::BiosInfo{.model = "VX-2000 rev B"}.Build());
   Start();
   EXPECT_EQ(printed, "ModelName::VX-2000 rev B\n");
 }
@@ -74,8 +75,8 @@ TEST_F(Init, SucceedsWithoutAnyTable) {
 }
 
 TEST_F(Init, PrintsTheNameOfTheLastCandidateWhenNoneIsValid) {
-  board.Memory(0xE0000, sim::BiosInfo{.model = "first", .checksum = 1}.Build());
-  board.Memory(0xF8000, sim::BiosInfo{.model = "second", .checksum = 1}.Build());
+  board.Memory(0xE0000, firmware::BiosInfo{.model = "first", .checksum = 1}.Build());
+  board.Memory(0xF8000, firmware::BiosInfo{.model = "second", .checksum = 1}.Build());
   Start();
   EXPECT_EQ(printed, "Is Core8 ... ???\nModelName::second\n");
 }
@@ -101,13 +102,13 @@ TEST_F(Init, WithoutPrivilegeIsNoStart) {
 }
 
 TEST_F(Init, RaisesThePrivilegeOnce) {
-  sim::AcpiImage().PutInto(&board);
+  firmware::AcpiImage().PutInto(&board);
   PrintedByInit(1);
   EXPECT_EQ(Levels(board), (std::vector<uint64_t>{3}));
 }
 
 TEST_F(Init, LooksForAnSmbusControllerAfterTheTables) {
-  sim::AcpiImage().Table(iadt.Build()).Table(iamt.Build()).PutInto(&board);
+  firmware::AcpiImage().Table(iadt.Build()).Table(iamt.Build()).PutInto(&board);
   PrintedByInit(1);
   size_t lastMapping = 0, firstPort = board.Log().size();
   for (size_t i = board.Log().size(); i-- > 0;) {

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "firmware/BiosInfo.h"
 #include "hw/TReadWrite.h"
 #include "tests/unit/api/ApiBoard.h"
 
@@ -19,7 +20,7 @@ class BiosInfoSearch : public testing::Test {
     sim::Board::MakeCurrent(nullptr);
   }
 
-  void Put(uint32_t address, const sim::BiosInfo& info) { board.Memory(address, info.Build()); }
+  void Put(uint32_t address, const firmware::BiosInfo& info) { board.Memory(address, info.Build()); }
   /// What creating the object prints.
   std::string Search() {
     testing::internal::CaptureStdout();
@@ -39,7 +40,7 @@ TEST_F(BiosInfoSearch, TakesAValidRecord) {
   EXPECT_EQ(Search(), "");
   EXPECT_EQ(vyn->BiosInfoFound, 1);
   EXPECT_EQ(vyn->ModelName(), "VX-2000");
-  const Bytes record = sim::BiosInfo{.model = "VX-2000"}.Build();
+  const Bytes record = firmware::BiosInfo{.model = "VX-2000"}.Build();
   EXPECT_EQ(std::memcmp(&vyn->BiosInfo, record.data(), 64), 0);
 }
 
@@ -95,7 +96,7 @@ TEST_F(BiosInfoSearch, PrintsOneLineAfterAllCandidatesFailed) {
 
 TEST_F(BiosInfoSearch, MapsTwicePerFalseRecordHoweverManyThereAre) {
   constexpr unsigned kRecords = 0x10000 / 8;
-  sim::Bytes signatures;
+  firmware::Bytes signatures;
   for (unsigned i = 0; i < kRecords; ++i) signatures.insert(signatures.end(), {'$', 'C', 'N', '1', '3', '6', '8', '$'});
   signatures.back() = 1;  // the last one is none, and nothing sums to 0
   board.Memory(0xE0000, signatures);

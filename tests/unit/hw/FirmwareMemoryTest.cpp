@@ -12,15 +12,19 @@
 #include <vector>
 
 #include "api/TVyn.h"
+#include "firmware/AcpiImage.h"
+#include "firmware/AcpiTable.h"
+#include "firmware/BiosInfo.h"
+#include "firmware/Bytes.h"
+#include "firmware/IamtBuilder.h"
 #include "hw/TReadWrite.h"
 #include "layout/LittleEndian.h"
-#include "sim/TableImage.h"
 #include "tables/TAcpiBase.h"
 #include "tables/TIADTable.h"
 #include "tables/TIAMTable.h"
 #include "tests/support/TrappedMachine.h"
 
-using sim::Bytes;
+using firmware::Bytes;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -37,8 +41,8 @@ constexpr char kRam[] =
 // The end of RAM at 0x40000000, less 64 KiB and a page that stay free, less one page of tables.
 constexpr uint32_t kInvented = 0x3FFEE000;
 
-Bytes Iadt(uint8_t mark = 0x11) { return sim::AcpiTable({.signature = "IADT", .revision = mark}, {}); }
-Bytes Iamt() { return sim::IamtBuilder().Chips(1, 2, 3).Build(); }
+Bytes Iadt(uint8_t mark = 0x11) { return firmware::AcpiTable({.signature = "IADT", .revision = mark}, {}); }
+Bytes Iamt() { return firmware::IamtBuilder().Chips(1, 2, 3).Build(); }
 Bytes Facs() {
   Bytes facs(64);
   std::copy_n("FACS", 4, facs.begin());
@@ -74,22 +78,22 @@ class FirmwareMemoryTest : public testing::Test {
     std::ofstream(folder / name, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   }
-  void Memory(const sim::AcpiImage& image) {
+  void Memory(const firmware::AcpiImage& image) {
     for (const auto& [address, bytes] : image.Build()) machine.StoreMemory(address, bytes);
   }
   /// IADT, IAMT, FADT, FACS and DSDT, in memory and as the kernel's copies.
   void EverythingTwice() {
-    const Bytes fadt = sim::FadtTable(kDsdtAddress, kFacsAddress);
-    Memory(sim::AcpiImage()
+    const Bytes fadt = firmware::FadtTable(kDsdtAddress, kFacsAddress);
+    Memory(firmware::AcpiImage()
                .Table(fadt)
                .Table(Iadt())
                .Table(Iamt())
-               .UnlistedAt(kDsdtAddress, sim::DsdtTable({1, 2, 3}))
+               .UnlistedAt(kDsdtAddress, firmware::DsdtTable({1, 2, 3}))
                .UnlistedAt(kFacsAddress, Facs()));
     Kernel("FACP", fadt);
     Kernel("IADT", Iadt());
     Kernel("IAMT", Iamt());
-    Kernel("DSDT", sim::DsdtTable({1, 2, 3}));
+    Kernel("DSDT", firmware::DsdtTable({1, 2, 3}));
     Kernel("FACS", Facs());
   }
 
@@ -138,7 +142,7 @@ using KernelCopies = FirmwareMemoryTest;
 
 TEST_F(FirmwareMemoryTest, ReadsTablesThatCanBeMappedWithTheSameAccessesAsWithoutAnyCopies) {
   EverythingTwice();
-  machine.StoreMemory(0xE8000, sim::BiosInfo{.model = "PLAIN"}.Build());
+  machine.StoreMemory(0xE8000, firmware::BiosInfo{.model = "PLAIN"}.Build());
   Kernel("IADT", Iadt(0x22));
   Start();
   EXPECT_EQ(Table("IADT"), Iadt(0x11));
@@ -178,7 +182,7 @@ TEST_F(HiddenTables, AreServedFromTheKernelsCopiesWithTheRootTableWhereItWasRefu
   EXPECT_EQ(AddressOf("RSDT"), kTables);
   EXPECT_EQ(Table("IADT"), Iadt());
   EXPECT_EQ(Table("IAMT"), Iamt());
-  EXPECT_EQ(Table("DSDT"), sim::DsdtTable({1, 2, 3}));
+  EXPECT_EQ(Table("DSDT"), firmware::DsdtTable({1, 2, 3}));
   EXPECT_EQ(Table("FACS"), Facs());
   EXPECT_THAT(LookedAt(),
               ElementsAre("open /sys/firmware/acpi/tables O_RDONLY|O_DIRECTORY|O_CLOEXEC", "fopen /proc/iomem"));
@@ -211,7 +215,7 @@ TEST_F(HiddenTables, AreServedAtTheAddressesThatAReadableRootTableNames) {
   EverythingTwice();
   const uint32_t iamt = kTables + 64 + 128 + 64;                // behind the root table, the FADT and the IADT
   machine.StoreMemory(kTables + 36, {0x00, 0x10, 0x00, 0x7E});  // the FADT's entry leads to a page of its own
-  machine.StoreMemory(0x7E001000, sim::FadtTable(kDsdtAddress, kFacsAddress));
+  machine.StoreMemory(0x7E001000, firmware::FadtTable(kDsdtAddress, kFacsAddress));
   machine.StoreMemory(kTables + 40, {0x00, 0x20, 0x00, 0x7E});
   machine.StoreMemory(0x7E002000, Iadt(0x33));
   machine.refused = {{0x7E002000, 0x7E002024}, {kDsdtAddress, kDsdtAddress + 39}};
@@ -219,7 +223,7 @@ TEST_F(HiddenTables, AreServedAtTheAddressesThatAReadableRootTableNames) {
   EXPECT_EQ(AddressOf("IADT"), 0x7E002000u);
   EXPECT_EQ(Table("IADT"), Iadt(0x11));
   EXPECT_EQ(AddressOf("DSDT"), kDsdtAddress);
-  EXPECT_EQ(Table("DSDT"), sim::DsdtTable({1, 2, 3}));
+  EXPECT_EQ(Table("DSDT"), firmware::DsdtTable({1, 2, 3}));
   EXPECT_EQ(AddressOf("IAMT"), iamt);
   EXPECT_EQ(AddressOf("FACP"), 0x7E001000u);
   EXPECT_EQ(AddressOf("FACS"), kFacsAddress);
@@ -231,7 +235,7 @@ TEST_F(HiddenTables, GetWhatHangsOnAFadtThatWasRefusedInSystemRam) {
   machine.refused = {{0x7E001000, 0x7E002000}, {kDsdtAddress, kFacsAddress + 64}};
   Start();
   EXPECT_EQ(AddressOf("FACP"), 0x7E001000u);
-  EXPECT_EQ(Table("DSDT"), sim::DsdtTable({1, 2, 3}));
+  EXPECT_EQ(Table("DSDT"), firmware::DsdtTable({1, 2, 3}));
   EXPECT_EQ(AddressOf("DSDT"), kInvented);
   EXPECT_EQ(AddressOf("FACS"), kInvented + 48);  // 39 bytes, to the next multiple of 16
   EXPECT_EQ(Table("FACS"), Facs());
@@ -304,7 +308,7 @@ TEST_F(NoRootPointer, OneAppearsInTheHighestFreeBytesOfTheBiosArea) {
 
 TEST_F(NoRootPointer, NoneAppearsInABiosInformationRecord) {
   Kernel("IADT", Iadt());
-  machine.StoreMemory(0xFFFC0, sim::BiosInfo{.model = "TOP"}.Build());  // zeros behind the name
+  machine.StoreMemory(0xFFFC0, firmware::BiosInfo{.model = "TOP"}.Build());  // zeros behind the name
   testing::internal::CaptureStdout();
   TReadWrite::GetInstance();
   const TVyn vyn;
@@ -329,7 +333,7 @@ TEST_F(NoRootPointer, TheRestOfTheBiosAreaStaysWhatItIs) {
 
 TEST_F(NoRootPointer, OneWithAWrongChecksumIsPassedOver) {
   Kernel("IADT", Iadt());
-  Bytes bad = sim::Rsdp(kTables);
+  Bytes bad = firmware::Rsdp(kTables);
   bad[10] ^= 1;
   machine.StoreMemory(0xF0000, bad);
   EXPECT_EQ(Start(), "Is Core8 ... ???\n");
@@ -338,22 +342,22 @@ TEST_F(NoRootPointer, OneWithAWrongChecksumIsPassedOver) {
 
 TEST_F(NoRootPointer, OneThatNamesAnXsdtAloneIsPassedOver) {
   Kernel("IADT", Iadt());
-  machine.StoreMemory(0xF0000, sim::Rsdp(0, 2));
+  machine.StoreMemory(0xF0000, firmware::Rsdp(0, 2));
   Start();
   EXPECT_EQ(Table("IADT"), Iadt());
 }
 
 TEST_F(NoRootPointer, ASoundOneBehindAnotherLeavesDiscoveryToFail) {
   Kernel("IADT", Iadt());
-  Bytes bad = sim::Rsdp(kTables);
+  Bytes bad = firmware::Rsdp(kTables);
   bad[10] ^= 1;
   machine.StoreMemory(0xF0000, bad);
-  machine.StoreMemory(0xF8000, sim::Rsdp(kTables));
+  machine.StoreMemory(0xF8000, firmware::Rsdp(kTables));
   EXPECT_THAT(Start(), HasSubstr("TAcpiBase::BuildRSDP Failed !!\n"));
 }
 
 TEST_F(NoRootPointer, DiscoveryFailsWhereTheKernelHasNoVendorTable) {
-  Kernel("FACP", sim::FadtTable(0, 0));
+  Kernel("FACP", firmware::FadtTable(0, 0));
   EXPECT_EQ(Start(), "Is Core8 ... ???\nTAcpiBase::BuildRSDP Failed !!\n");
 }
 
@@ -391,7 +395,8 @@ TEST_F(NoRootPointer, RoomMayEndRightAtTheEndOfRam) {
 TEST_F(KernelCopies, OfOneSignatureKeepTheirOrder) {
   Kernel("IADT", Iadt());
   for (int i = 1; i <= 11; ++i)
-    Kernel("SSDT" + std::to_string(i), sim::AcpiTable({.signature = "SSDT", .revision = static_cast<uint8_t>(i)}, {}));
+    Kernel("SSDT" + std::to_string(i),
+           firmware::AcpiTable({.signature = "SSDT", .revision = static_cast<uint8_t>(i)}, {}));
   Start();
   const uint32_t first = AddressOf("SSDT");
   for (int i = 1; i <= 11; ++i) {
@@ -404,14 +409,14 @@ TEST_F(KernelCopies, OfOneSignatureKeepTheirOrder) {
 
 TEST_F(KernelCopies, ThatLieAboutThemselvesArePassedOver) {
   Kernel("IADT", Iadt());
-  Kernel("AAAA", sim::AcpiTable({.signature = "AAAA", .length = 35}, {}));   // shorter than a header
-  Kernel("BBBB", sim::AcpiTable({.signature = "BBBB", .length = 37}, {}));   // longer than the file
-  Kernel("CCCC", sim::AcpiTable({.signature = "CCCC", .length = 36}, {1}));  // shorter than the file
-  Kernel("DDDD", sim::AcpiTable({.signature = "EEEE"}, {}));                 // of another signature
-  Kernel("FFFF", Bytes(35));                                                 // no whole header
-  Kernel("GGGG", sim::AcpiTable({.signature = "GGGG", .length = (16u << 20) + 1}, Bytes((16u << 20) - 35)));
-  Kernel("HHHHx", sim::AcpiTable({.signature = "HHHH"}, {}));  // no instance number
-  Kernel("III", sim::AcpiTable({.signature = "III"}, {}));
+  Kernel("AAAA", firmware::AcpiTable({.signature = "AAAA", .length = 35}, {}));   // shorter than a header
+  Kernel("BBBB", firmware::AcpiTable({.signature = "BBBB", .length = 37}, {}));   // longer than the file
+  Kernel("CCCC", firmware::AcpiTable({.signature = "CCCC", .length = 36}, {1}));  // shorter than the file
+  Kernel("DDDD", firmware::AcpiTable({.signature = "EEEE"}, {}));                 // of another signature
+  Kernel("FFFF", Bytes(35));                                                      // no whole header
+  Kernel("GGGG", firmware::AcpiTable({.signature = "GGGG", .length = (16u << 20) + 1}, Bytes((16u << 20) - 35)));
+  Kernel("HHHHx", firmware::AcpiTable({.signature = "HHHH"}, {}));  // no instance number
+  Kernel("III", firmware::AcpiTable({.signature = "III"}, {}));
   std::filesystem::create_symlink(folder / "IADT", folder / "IADT2");
   std::filesystem::create_directory(folder / "JJJJ");
   const auto tables = platform::ReadKernelTables();
@@ -421,6 +426,6 @@ TEST_F(KernelCopies, ThatLieAboutThemselvesArePassedOver) {
 }
 
 TEST_F(KernelCopies, OfTheLargestSizeAreTaken) {
-  Kernel("GGGG", sim::AcpiTable({.signature = "GGGG"}, Bytes((16u << 20) - 36)));
+  Kernel("GGGG", firmware::AcpiTable({.signature = "GGGG"}, Bytes((16u << 20) - 36)));
   ASSERT_THAT(platform::ReadKernelTables(), SizeIs(1));
 }

@@ -4,17 +4,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "sim/TableImage.h"
+#include "firmware/IadtBuilder.h"
+#include "firmware/IamtBuilder.h"
 
 using namespace layout;
 
 namespace {
 
-using sim::Bytes;
-using sim::Command;
-using sim::IadtBuilder;
-using sim::IamtBuilder;
-using sim::Record;
+using firmware::Bytes;
+using firmware::Command;
+using firmware::IadtBuilder;
+using firmware::IamtBuilder;
+using firmware::Record;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

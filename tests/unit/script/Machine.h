@@ -12,7 +12,7 @@
 
 #include "hw/TReadWrite.h"
 #include "script/TInterpreter.h"
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 
 namespace scripttest {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 #include "sim/chips/RegisterChips.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <initializer_list>
 
 #include "hw/TReadWrite.h"
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 #include "smbus/TSMBus.h"
 #include "smbus/TSMBusConfig.h"
 

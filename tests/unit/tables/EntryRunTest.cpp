@@ -5,12 +5,12 @@
 
 #include <csignal>
 
-#include "sim/TableImage.h"
+#include "firmware/IadtBuilder.h"
 #include "tests/unit/tables/Machine.h"
 
 using namespace layout;
-using sim::Command;
-using sim::Record;
+using firmware::Command;
+using firmware::Record;
 using tables::Ran;
 
 namespace {
@@ -25,7 +25,7 @@ class EntryRun : public testing::Test {
 
   /// The first entry of the list, which holds the record alone.
   static IadtEntry Filed(unsigned list, const Record& record) {
-    const sim::Bytes table = sim::IadtBuilder().Add(record).Build();
+    const firmware::Bytes table = firmware::IadtBuilder().Add(record).Build();
     TIADTable::FreeInstance();
     TIADTable::GetInstance()->Fill(table.data(), static_cast<uint32_t>(table.size()));
     return *TIADTable::GetInstance()->List(list).begin();
@@ -59,7 +59,7 @@ TEST_F(Advance, MovesByTheLengthOfTheKindAndForm) {
   for (const Case& each :
        {Case{0x01, 28}, Case{0x05, 28}, Case{0x06, 36}, Case{0x0D, 21}, Case{0x11, 29}, Case{0x14, 15}, Case{0x15, 15},
         Case{0x16, 15}, Case{0x17, 15}, Case{0xC1, 28}, Case{0x46, 36}}) {
-    const IadtEntry entry = EntryOf({Command::Raw(sim::Bytes(40, 0)).Byte(0, each.opcode)});
+    const IadtEntry entry = EntryOf({Command::Raw(firmware::Bytes(40, 0)).Byte(0, each.opcode)});
     IadtCommands cursor = entry.Commands();
     const unsigned char* before = cursor.Command();
     EXPECT_TRUE(cursor.Fits());
@@ -69,7 +69,7 @@ TEST_F(Advance, MovesByTheLengthOfTheKindAndForm) {
 }
 
 TEST_F(Advance, StaysAtAFormThatTheKindDoesNotHave) {
-  const IadtEntry entry = EntryOf({Command::Raw(sim::Bytes(40, 0))});
+  const IadtEntry entry = EntryOf({Command::Raw(firmware::Bytes(40, 0))});
   for (const int opcode : {0x00, 0x02, 0x03, 0x04, 0x07, 0x0C, 0x0E, 0x0F, 0x10, 0x12, 0x13, 0xC2}) {
     IadtCommands cursor = entry.Commands();
     unsigned char* before = cursor.Command();
@@ -81,7 +81,7 @@ TEST_F(Advance, StaysAtAFormThatTheKindDoesNotHave) {
 }
 
 TEST_F(Advance, IsImpossibleForAnMsrOfAnyFormAndForUnknownKinds) {
-  const IadtEntry entry = EntryOf({Command::Raw(sim::Bytes(40, 0))});
+  const IadtEntry entry = EntryOf({Command::Raw(firmware::Bytes(40, 0))});
   std::vector<int> opcodes = {0x08, 0x09, 0x0A, 0x0B, 0x49};
   for (int opcode = 0x18; opcode <= 0x3F; ++opcode) opcodes.push_back(opcode);
   for (const int opcode : opcodes) {
@@ -101,7 +101,7 @@ TEST_F(Fits, WhenAllBytesOfTheCommandBelongToTheEntry) {
                            Case{0x11, 29}, Case{0x14, 15}, Case{0x19, 3}, Case{0x02, 28}}) {
     for (const bool whole : {false, true}) {
       const size_t bytes = whole ? each.bytes : each.bytes - 1;
-      const IadtEntry entry = EntryOf({Command::Raw(sim::Bytes(bytes, 0)).Byte(0, each.opcode)});
+      const IadtEntry entry = EntryOf({Command::Raw(firmware::Bytes(bytes, 0)).Byte(0, each.opcode)});
       EXPECT_EQ(entry.Commands().Fits(), whole) << int{each.opcode};
     }
   }
@@ -134,7 +134,7 @@ TEST_F(RunEntry, EndsAtTrailingBytesThatAreNoWholeCommand) {
 
 TEST_F(RunEntry, RepeatsACommandOfAFormThatItsKindDoesNotHaveAsLongAsItSucceeds) {
   // A command without control bits always succeeds, so it is repeated for ever; the alarm ends it.
-  const IadtEntry entry = EntryOf({Command::Raw(sim::Bytes(28, 0))});
+  const IadtEntry entry = EntryOf({Command::Raw(firmware::Bytes(28, 0))});
   constexpr useconds_t kPatience = 100000;
   const auto run = [&] {
     ualarm(kPatience, 0);
@@ -162,7 +162,8 @@ TEST_F(RunSensorCommand, TakesBytesThatWereNotKeptFor0) {
   // A current sensor keeps 21 command bytes. The AND, the OR mask and the expected value of a pair end at byte 26; its
   // control word asks for a reading with the OR mask, of which the high half was not kept.
   board.IndexData(0x2E, 0x2F);
-  const sim::Bytes command = Command::IndexData(0x2E, 0x2F, 0x10).Control(kGetReads | kGetOr).Or(0x44332211).Build();
+  const firmware::Bytes command =
+      Command::IndexData(0x2E, 0x2F, 0x10).Control(kGetReads | kGetOr).Or(0x44332211).Build();
   EXPECT_EQ(RunSensor(Filed(12, Record::Type(31).Value(1).Append(command)), 27), 0x2211u);
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "hw/TReadWrite.h"
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 #include "tables/TAcpiBase.h"
 #include "tables/TIADTable.h"
 #include "tables/TIAMTable.h"

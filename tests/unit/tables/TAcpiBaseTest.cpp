@@ -5,12 +5,15 @@
 #include <iterator>
 #include <utility>
 
-#include "sim/TableImage.h"
+#include "firmware/AcpiImage.h"
+#include "firmware/AcpiTable.h"
+#include "firmware/IadtBuilder.h"
+#include "firmware/IamtBuilder.h"
 #include "tests/unit/tables/Machine.h"
 
 using namespace tabletest;
-using sim::AcpiImage;
-using sim::AcpiTable;
+using firmware::AcpiImage;
+using firmware::AcpiTable;
 using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -69,7 +72,7 @@ TEST_F(BuildRSDP, TakesItsOwnLengthFieldForRevision2) {
 }
 
 TEST_F(BuildRSDP, TakesAnyLengthFieldAsItIs) {
-  Bytes pointer = sim::Rsdp(kRsdt, 2);
+  Bytes pointer = firmware::Rsdp(kRsdt, 2);
   pointer[20] = 0x44;
   pointer[21] = 0x33;
   board.Memory(kRsdp, pointer);
@@ -97,13 +100,13 @@ TEST_F(BuildRSDP, LooksFromTheFirstToTheLastParagraphOfTheBiosArea) {
 }
 
 TEST_F(BuildRSDP, LooksOnlyAtEvery16thByteAndOnlyInTheBiosArea) {
-  for (const uint32_t address : {0xE0008u, 0xF0001u, 0xDFFF0u, 0x100000u}) board.Memory(address, sim::Rsdp(kRsdt));
+  for (const uint32_t address : {0xE0008u, 0xF0001u, 0xDFFF0u, 0x100000u}) board.Memory(address, firmware::Rsdp(kRsdt));
   Discover();
   EXPECT_EQ(output, "TAcpiBase::BuildRSDP Failed !!\n");
 }
 
 TEST_F(BuildRSDP, TriesNoLaterCopyAfterABadChecksum) {
-  Bytes bad = sim::Rsdp(kRsdt);
+  Bytes bad = firmware::Rsdp(kRsdt);
   bad[8] ^= 1;
   board.Memory(0xE0000, bad);
   Discover(AcpiImage());
@@ -112,9 +115,9 @@ TEST_F(BuildRSDP, TriesNoLaterCopyAfterABadChecksum) {
 }
 
 TEST_F(BuildRSDP, SumsTheFirst20BytesAlone) {
-  Bytes pointer = sim::Rsdp(kRsdt, 2);
+  Bytes pointer = firmware::Rsdp(kRsdt, 2);
   pointer[35] ^= 0x5A;
-  board.Memory(kRsdp, pointer).Memory(kRsdt, sim::RsdtTable({}));
+  board.Memory(kRsdp, pointer).Memory(kRsdt, firmware::RsdtTable({}));
   Discover();
   EXPECT_EQ(acpi->RsdpFound, 1u);
 }
@@ -143,14 +146,14 @@ TEST_F(BuildAcpiTables, ListsTablesInTheOrderOfTheRsdtWithTheirLengths) {
 
 TEST_F(BuildAcpiTables, GoesByTheRsdtWhenTheRootPointerNamesAnXsdtToo) {
   constexpr uint32_t kXsdt = 0x7F100000;
-  Bytes pointer = sim::Rsdp(kRsdt, 2);
-  sim::Put(&pointer, 24, 8, kXsdt);
+  Bytes pointer = firmware::Rsdp(kRsdt, 2);
+  firmware::Put(&pointer, 24, 8, kXsdt);
   pointer[32] = 0;
   unsigned sum = 0;
   for (const uint8_t byte : pointer) sum += byte;
   pointer[32] = static_cast<uint8_t>(0 - sum);
   board.Memory(kRsdp, pointer)
-      .Memory(kRsdt, sim::RsdtTable({0x7E000000}))
+      .Memory(kRsdt, firmware::RsdtTable({0x7E000000}))
       .Memory(kXsdt, AcpiTable({.signature = "XSDT"}, Join({{8, 0x7E001000}})))
       .Memory(0x7E000000, Unknown("HPET", 56))
       .Memory(0x7E001000, Unknown("BOOT", 40));
@@ -165,8 +168,8 @@ TEST_F(BuildAcpiTables, SkipsZeroEntriesOfTheRsdt) {
 }
 
 TEST_F(BuildAcpiTables, LeavesARemainderOfTheRsdtAlone) {
-  board.Memory(kRsdp, sim::Rsdp(kRsdt));
-  Bytes rsdt = sim::RsdtTable({0x7E001000, 0x7E002000});
+  board.Memory(kRsdp, firmware::Rsdp(kRsdt));
+  Bytes rsdt = firmware::RsdtTable({0x7E001000, 0x7E002000});
   rsdt[4] = 43;  // one entry and three bytes
   board.Memory(kRsdt, rsdt).Memory(0x7E001000, Unknown("HPET", 56));
   Discover();
@@ -174,8 +177,8 @@ TEST_F(BuildAcpiTables, LeavesARemainderOfTheRsdtAlone) {
 }
 
 TEST_F(BuildAcpiTables, VisitsTheDsdtOfTheFadtAndListsTheFacs) {
-  board.Memory(0x7D000000, sim::DsdtTable({1, 2, 3})).Memory(0x7D010000, Unknown("FACS", 64));
-  Discover(AcpiImage().TableAt(0x7E000000, sim::FadtTable(0x7D000000, 0x7D010000)));
+  board.Memory(0x7D000000, firmware::DsdtTable({1, 2, 3})).Memory(0x7D010000, Unknown("FACS", 64));
+  Discover(AcpiImage().TableAt(0x7E000000, firmware::FadtTable(0x7D000000, 0x7D010000)));
   EXPECT_THAT(Entries(), ElementsAre(Entry{kRsdp, 20}, Entry{kRsdt, 40}, Entry{0x7E000000, 116}, Entry{0x7D010000, 64},
                                      Entry{0x7D000000, 39}));
   EXPECT_EQ(std::string(acpi->DsdtHeader.Signature, 4), "DSDT");
@@ -183,7 +186,7 @@ TEST_F(BuildAcpiTables, VisitsTheDsdtOfTheFadtAndListsTheFacs) {
 }
 
 TEST_F(BuildAcpiTables, ListsFacsAndDsdtEvenAtAddress0) {
-  Discover(AcpiImage().TableAt(0x7E000000, sim::FadtTable(0, 0)));
+  Discover(AcpiImage().TableAt(0x7E000000, firmware::FadtTable(0, 0)));
   EXPECT_EQ(Entries().size(), 5u);
   EXPECT_EQ(Entries()[3].first, 0u);
   EXPECT_EQ(Entries()[4].first, 0u);
@@ -191,8 +194,8 @@ TEST_F(BuildAcpiTables, ListsFacsAndDsdtEvenAtAddress0) {
 
 TEST_F(BuildAcpiTables, ParsesTheVendorTables) {
   Discover(AcpiImage()
-               .Table(sim::IadtBuilder().Feature("LVDSState", 3, {}).Build())
-               .Table(sim::IamtBuilder().Chips(0x94D2, 2, 3).Build()));
+               .Table(firmware::IadtBuilder().Feature("LVDSState", 3, {}).Build())
+               .Table(firmware::IamtBuilder().Chips(0x94D2, 2, 3).Build()));
   ASSERT_NE(acpi->IadTable, nullptr);
   ASSERT_NE(acpi->IamTable, nullptr);
   EXPECT_EQ(acpi->IadTable, TIADTable::g_Instance);
@@ -203,12 +206,12 @@ TEST_F(BuildAcpiTables, ParsesTheVendorTables) {
 }
 
 TEST_F(BuildAcpiTables, TestsNoTableChecksum) {
-  Discover(AcpiImage().Table(sim::IadtBuilder().Checksum(0x12).Feature("LVDSState", 3, {}).Build()));
+  Discover(AcpiImage().Table(firmware::IadtBuilder().Checksum(0x12).Feature("LVDSState", 3, {}).Build()));
   EXPECT_NE(TIADTable::GetInstance()->Slots[13], nullptr);
 }
 
 TEST_F(BuildAcpiTables, FilesTheRecordsOfATableAsOftenAsItIsListed) {
-  const Bytes iadt = sim::IadtBuilder().Feature("LVDSState", 3, {}).Build();
+  const Bytes iadt = firmware::IadtBuilder().Feature("LVDSState", 3, {}).Build();
   Discover(AcpiImage().TableAt(0x7E000000, iadt).TableAt(0x7E000000, iadt));
   int nodes = 0;
   for ([[maybe_unused]] const IadtEntry entry : TIADTable::GetInstance()->List(13)) ++nodes;
@@ -222,13 +225,13 @@ TEST_F(BuildAcpiTables, EndsWhenTheRsdtListsItself) {
 }
 
 TEST_F(BuildAcpiTables, EndsWhenTwoRootTablesListEachOther) {
-  board.Memory(0x7E000000, sim::RsdtTable({kRsdt}));
+  board.Memory(0x7E000000, firmware::RsdtTable({kRsdt}));
   Discover(AcpiImage().Entry(0x7E000000));
   EXPECT_THAT(Entries(), ElementsAre(Entry{kRsdp, 20}, Entry{kRsdt, 40}, Entry{0x7E000000, 40}, Entry{kRsdt, 40}));
 }
 
 TEST_F(BuildAcpiTables, EndsWhenAFadtNamesItselfAsDsdt) {
-  Discover(AcpiImage().TableAt(0x7E000000, sim::FadtTable(0x7E000000, 0x7E000000)));
+  Discover(AcpiImage().TableAt(0x7E000000, firmware::FadtTable(0x7E000000, 0x7E000000)));
   EXPECT_EQ(Entries().size(), 5u);
 }
 
@@ -242,7 +245,7 @@ TEST_F(BuildAcpiTables, PassesOverTablesShorterThanTheirFixedPart) {
     SCOPED_TRACE(each.signature);
     Machine other;
     Bytes table = Unknown(each.signature, 120);
-    sim::Put(&table, 4, 4, each.fixedBytes - 1);
+    firmware::Put(&table, 4, 4, each.fixedBytes - 1);
     AcpiImage().TableAt(0x7E000000, table).PutInto(&other.board);
     Printed([] { TAcpiBase::GetInstance(); });
     const TAcpiBase& found = *TAcpiBase::g_Instance;
@@ -260,8 +263,8 @@ TEST_F(BuildAcpiTables, PassesOverTablesShorterThanTheirFixedPart) {
 }
 
 TEST_F(BuildAcpiTables, PassesOverATableOfAHugeLength) {
-  Bytes table = sim::IadtBuilder().Feature("LVDSState", 3, {}).Length(0xFFFFFFFF).Build();
-  Discover(AcpiImage().TableAt(0x7E000000, table).Table(sim::IamtBuilder().Chips(1, 2, 3).Build()));
+  Bytes table = firmware::IadtBuilder().Feature("LVDSState", 3, {}).Length(0xFFFFFFFF).Build();
+  Discover(AcpiImage().TableAt(0x7E000000, table).Table(firmware::IamtBuilder().Chips(1, 2, 3).Build()));
   EXPECT_EQ(acpi->IadTable, nullptr);
   EXPECT_NE(acpi->IamTable, nullptr);
   EXPECT_EQ(Entries()[2], (Entry{0x7E000000, 0xFFFFFFFF}));
@@ -269,20 +272,20 @@ TEST_F(BuildAcpiTables, PassesOverATableOfAHugeLength) {
 
 TEST_F(BuildAcpiTables, PassesOverATableThatCannotBeMapped) {
   board.mappingLimit = 0x21000;
-  Discover(AcpiImage().Table(sim::IadtBuilder().Length(0x22000).Feature("LVDSState", 3, {}).Build()));
+  Discover(AcpiImage().Table(firmware::IadtBuilder().Length(0x22000).Feature("LVDSState", 3, {}).Build()));
   EXPECT_EQ(acpi->IadTable, nullptr);
 }
 
 TEST_F(BuildAcpiTables, BoundsTheListOverAHugeRsdt) {
-  board.Memory(kRsdp, sim::Rsdp(kRsdt));
-  Bytes rsdt = sim::RsdtTable(std::vector<uint32_t>(10000, 0x7E000000));
+  board.Memory(kRsdp, firmware::Rsdp(kRsdt));
+  Bytes rsdt = firmware::RsdtTable(std::vector<uint32_t>(10000, 0x7E000000));
   board.Memory(kRsdt, rsdt).Memory(0x7E000000, Unknown("HPET", 40));
   Discover();
   EXPECT_EQ(Entries().size(), 4096u);
 }
 
 TEST_F(BuildAcpiTables, LeavesNoMappingAndNoDescriptor) {
-  Discover(AcpiImage().Table(sim::IadtBuilder().Build()));
+  Discover(AcpiImage().Table(firmware::IadtBuilder().Build()));
   EXPECT_EQ(board.LiveMappings(), 0);
   EXPECT_EQ(board.OpenDescriptors(), 0);
 }

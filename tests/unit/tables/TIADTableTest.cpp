@@ -3,7 +3,7 @@
 #include <cstring>
 #include <set>
 
-#include "sim/TableImage.h"
+#include "firmware/AcpiTable.h"
 #include "tests/unit/tables/Machine.h"
 
 using namespace tabletest;
@@ -17,7 +17,7 @@ Bytes Counting(uint8_t type, uint8_t value, uint32_t length) {
   return record;
 }
 
-Bytes Table(const Bytes& records) { return sim::AcpiTable({.signature = "IADT"}, records); }
+Bytes Table(const Bytes& records) { return firmware::AcpiTable({.signature = "IADT"}, records); }
 
 unsigned char* PointerAt(const unsigned char* bytes) {
   unsigned char* pointer;

@@ -1,6 +1,6 @@
 #include "tables/TIAMTable.h"
 
-#include "sim/TableImage.h"
+#include "firmware/AcpiTable.h"
 #include "tests/unit/tables/Machine.h"
 
 using namespace tabletest;
@@ -15,7 +15,7 @@ Bytes Record(uint8_t type, uint8_t length, uint8_t filler) {
   return record;
 }
 
-Bytes Table(const Bytes& records) { return sim::AcpiTable({.signature = "IAMT"}, records); }
+Bytes Table(const Bytes& records) { return firmware::AcpiTable({.signature = "IAMT"}, records); }
 
 class TIAMTableFill : public testing::Test {
  protected:

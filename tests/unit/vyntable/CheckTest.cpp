@@ -3,18 +3,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "sim/TableImage.h"
+#include "firmware/BiosInfo.h"
+#include "firmware/IadtBuilder.h"
+#include "firmware/IamtBuilder.h"
 
 using namespace layout;
 
 namespace {
 
 using namespace vyntable;
-using sim::Bytes;
-using sim::Command;
-using sim::IadtBuilder;
-using sim::IamtBuilder;
-using sim::Record;
+using firmware::Bytes;
+using firmware::Command;
+using firmware::IadtBuilder;
+using firmware::IamtBuilder;
+using firmware::Record;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -41,7 +43,7 @@ constexpr char kTitle[] = " (BTState index 0 value 1)";
 TEST(CheckTable, FindsNothingInAGoodOne) {
   EXPECT_THAT(Iadt(IadtBuilder().Feature("BTState", 1, {Command::Port(0x80).Get(1, 1)})), IsEmpty());
   EXPECT_THAT(Findings(Kind::kIamt, IamtBuilder().Chips(0x94D2, 0, 0x0215).Build()), IsEmpty());
-  EXPECT_THAT(Findings(Kind::kBiosInfo, sim::BiosInfo{.model = "M", .checksum = {}}.Build()), IsEmpty());
+  EXPECT_THAT(Findings(Kind::kBiosInfo, firmware::BiosInfo{.model = "M", .checksum = {}}.Build()), IsEmpty());
 }
 
 TEST(CheckTable, FindsAWrongLengthAndAWrongChecksum) {
@@ -208,9 +210,9 @@ TEST(CheckCommand, LooksAtNothingBehindAModelSpecificRegister) {
 TEST(CheckBiosInformation, FindsSizeChecksumAndTerminator) {
   EXPECT_THAT(Findings(Kind::kBiosInfo, Bytes(63, 0)),
               ElementsAre("0 error 63 bytes where a BIOS information record has 64"));
-  EXPECT_THAT(Findings(Kind::kBiosInfo, sim::BiosInfo{.model = std::string(54, 'A'), .checksum = {}}.Build()),
+  EXPECT_THAT(Findings(Kind::kBiosInfo, firmware::BiosInfo{.model = std::string(54, 'A'), .checksum = {}}.Build()),
               ElementsAre("10 error the model name has no terminator"));
-  Bytes record = sim::BiosInfo{.model = "M", .checksum = {}}.Build();
+  Bytes record = firmware::BiosInfo{.model = "M", .checksum = {}}.Build();
   ++record[9];
   EXPECT_THAT(Findings(Kind::kBiosInfo, record), ElementsAre("0 error the bytes do not sum to 0 modulo 256"));
 }

@@ -105,6 +105,7 @@ struct BadCase {
 TEST_F(Vyntable, EndsWith1AndOneLineOnBadInput) {
   Write("b.toml", "[[feature]]\n");
   Write("x.bin", "nothing");
+  Write("short.bin", "IADT\x24");
   fs::create_directories(directory / "empty");
   const BadCase cases[] = {
       {"compile b.toml -o out", "vyntable: b.toml:1: [[feature]] needs \"function\", a text\n"},
@@ -113,6 +114,8 @@ TEST_F(Vyntable, EndsWith1AndOneLineOnBadInput) {
       {"check none.bin", "vyntable: none.bin: No such file or directory\n"},
       {"explain x.bin",
        "vyntable: x.bin: expected an IADT or IAMT table, a BIOS information record or a board file (.toml)\n"},
+      {"decompile short.bin", "vyntable: short.bin: shorter than the 36 bytes of a table header\n"},
+      {"explain short.bin", "vyntable: short.bin: shorter than the 36 bytes of a table header\n"},
       {"decompile empty", "vyntable: empty: holds none of iadt.bin, iamt.bin, biosinfo.bin\n"},
   };
   for (const BadCase& c : cases) {

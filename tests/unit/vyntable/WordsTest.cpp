@@ -3,14 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "sim/TableImage.h"
+#include "firmware/IadtBuilder.h"
 
 using namespace layout;
 
 namespace {
 
 using namespace vyntable;
-using sim::Command;
+using firmware::Command;
 
 struct WordsCase {
   Command command;
@@ -35,25 +35,23 @@ TEST(CommandWords, SayTargetAndBothDirections) {
       {Command::Delay(kSeconds, 1).Get(), {"wait 1 s", "Get: waits, then fails", "Set: nothing"}},
   };
   for (const WordsCase& c : cases) {
-    const sim::Bytes& bytes = c.command.Build();
+    const firmware::Bytes& bytes = c.command.Build();
     EXPECT_EQ(Words({0, bytes, FindLayout(bytes[0])}), c.words);
   }
 }
 
 TEST(CommandWords, AdmitWhatIsNoCommand) {
-  const sim::Bytes bytes = {0x18};
+  const firmware::Bytes bytes = {0x18};
   EXPECT_EQ(Words({0, bytes, nullptr}).size(), 1u);
 }
 
 TEST(RecordTitle, NamesTypeAndInstanceOrSensor) {
-  const auto title = [](const sim::Record& record) {
-    return Title(RecordCursor(sim::IadtBuilder().Add(record).Build()).Current());
+  const auto title = [](const firmware::Record& record) {
+    return Title(RecordCursor(firmware::IadtBuilder().Add(record).Build()).Current());
   };
-  EXPECT_EQ(title(sim::Record::Feature("LVDSState").Index(2).Value(1)), "LVDSState index 2 value 1");
-  EXPECT_EQ(title(sim::Record::Sensor("voltage", 1).Name("+12V")), "voltage 2.1 \"+12V\"");
-  EXPECT_EQ(title(sim::Record::Type(36).Value(3).Name("A")), "type 36 index 0 value 3 \"A\"");
+  EXPECT_EQ(title(firmware::Record::Feature("LVDSState").Index(2).Value(1)), "LVDSState index 2 value 1");
+  EXPECT_EQ(title(firmware::Record::Sensor("voltage", 1).Name("+12V")), "voltage 2.1 \"+12V\"");
+  EXPECT_EQ(title(firmware::Record::Type(36).Value(3).Name("A")), "type 36 index 0 value 3 \"A\"");
 }
-
-TEST(HexText, IsPairsOfDigits) { EXPECT_EQ(Hex(sim::Bytes{0x06, 0xA0, 0x00}), "06 A0 00"); }
 
 }  // namespace

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "boardfile/BoardFile.h"
 #include "layout/AcpiLayout.h"
-#include "sim/BoardFile.h"
 
 namespace vynctl {
 namespace {
@@ -24,6 +24,11 @@ std::vector<uint8_t> FileBytes(const std::filesystem::path& path) {
   return bytes;
 }
 
+/// The tables of a board description; none when it is wrong.
+boardfile::Firmware Compiled(const std::string& board) {
+  return boardfile::CompileFile(board).firmware.value_or(boardfile::Firmware{});
+}
+
 }  // namespace
 
 BoardTables::BoardTables(std::string board, std::string kernelTables)
@@ -31,19 +36,19 @@ BoardTables::BoardTables(std::string board, std::string kernelTables)
 
 std::vector<uint8_t> BoardTables::ReadIadt() const {
   if (board_.empty()) return FileBytes(std::filesystem::path(kernelTables_) / kIadtFile);
-  return sim::LoadBoard(board_).firmware.iadt;
+  return Compiled(board_).iadt;
 }
 
-std::string BoardTables::Trouble() const { return sim::LoadBoard(board_).error; }
+std::string BoardTables::Trouble() const { return boardfile::LoadBoard(board_).error; }
 
 bool BoardTables::HasMsrDevice() const {
-  const sim::LoadedBoard loaded = sim::LoadBoard(board_);
+  const boardfile::LoadedBoard loaded = boardfile::LoadBoard(board_);
   return loaded.board != nullptr && loaded.board->msrDevice;
 }
 
 std::vector<uint8_t> BoardTables::Iamt() const {
   if (board_.empty()) return FileBytes(std::filesystem::path(kernelTables_) / kIamtFile);
-  return sim::LoadBoard(board_).firmware.iamt;
+  return Compiled(board_).iamt;
 }
 
 const std::vector<uint8_t>& BoardTables::Iadt() {

@@ -6,7 +6,7 @@
 
 #include "FakeMachine.h"
 #include "hw/TReadWrite.h"
-#include "sim/SimBoard.h"
+#include "sim/Board.h"
 #include "sim/chips/SmbusPlatforms.h"
 #include "smbus/TSMBus.h"
 #include "smbus/TSMBusConfig.h"

@@ -1,0 +1,105 @@
+// Whole board files: their limits, their errors, their parts.
+#include "boardfile/BoardFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+#include "boardfile/MachineFile.h"
+#include "boardfile/TomlSection.h"
+
+namespace boardfile {
+
+namespace {
+
+/// Dots of one line; keys of more parts would nest tables deeper than they can be released again.
+constexpr ptrdiff_t kDotLimit = 24;
+
+std::string OneLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
+  return text;
+}
+
+std::string ErrorLine(const std::string& name, unsigned line, const std::string& what) {
+  return OneLine(name + ":" + std::to_string(line) + ": " + what);
+}
+
+void CheckDots(std::string_view text) {
+  unsigned number = 1;
+  while (!text.empty()) {
+    const size_t end = text.find('\n');
+    const std::string_view line = text.substr(0, end);
+    const size_t first = line.find_first_not_of(" \t");
+    const bool comment = first != line.npos && line[first] == '#';
+    if (!comment && std::count(line.begin(), line.end(), '.') > kDotLimit)
+      throw BoardFileError(number, "expected at most 24 dots in one line");
+    if (end == text.npos) return;
+    text.remove_prefix(end + 1);
+    ++number;
+  }
+}
+
+TomlSection ReadRoot(std::string_view text, const std::string& name) {
+  if (text.size() > kBoardFileLimit) throw BoardFileError(1, "expected a file of at most 4 MiB");
+  CheckDots(text);
+  return TomlSection::Parse(text, name, "the board file");
+}
+
+void Read(std::string_view text, const std::string& name, LoadedBoard* loaded) {
+  TomlSection root = ReadRoot(text, name);
+  auto board = std::make_unique<sim::Board>();
+  board->logging = false;
+  loaded->firmware = ReadFirmware(&root);
+  ReadMachine(&root, board.get());
+  loaded->firmware.PutInto(board.get());
+  root.Finish();
+  loaded->board = std::move(board);
+}
+
+void Read(std::string_view text, const std::string& name, CompiledFirmware* compiled) {
+  TomlSection root = ReadRoot(text, name);
+  Firmware firmware = ReadFirmware(&root);
+  for (const char* section : kMachineSections) root.Skip(section);
+  root.Finish();
+  compiled->firmware = std::move(firmware);
+}
+
+template <typename Result>
+Result ParseText(std::string_view text, const std::string& name) {
+  Result result;
+  try {
+    Read(text, name, &result);
+  } catch (const BoardFileError& error) {
+    result = {};
+    result.error = ErrorLine(name, error.line, error.what());
+  }
+  return result;
+}
+
+template <typename Result>
+Result ParseFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string text(kBoardFileLimit + 1, '\0');
+  if (!file.read(text.data(), static_cast<std::streamsize>(text.size())) && !file.eof()) {
+    Result result;
+    result.error = ErrorLine(path, 1, "expected a readable board file: " + std::string(std::strerror(errno)));
+    return result;
+  }
+  text.resize(static_cast<size_t>(file.gcount()));
+  return ParseText<Result>(text, path);
+}
+
+}  // namespace
+
+LoadedBoard ParseBoard(std::string_view text, const std::string& name) { return ParseText<LoadedBoard>(text, name); }
+LoadedBoard LoadBoard(const std::string& path) { return ParseFile<LoadedBoard>(path); }
+
+CompiledFirmware CompileText(std::string_view text, const std::string& name) {
+  return ParseText<CompiledFirmware>(text, name);
+}
+CompiledFirmware CompileFile(const std::string& path) { return ParseFile<CompiledFirmware>(path); }
+
+}  // namespace boardfile

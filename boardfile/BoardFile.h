@@ -1,0 +1,37 @@
+/// Board descriptions: TOML files that name firmware tables and the machine behind them (docs/board-files.md).
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "boardfile/FirmwareFile.h"
+#include "sim/Board.h"
+
+namespace boardfile {
+
+/// Bytes of the longest board file.
+inline constexpr size_t kBoardFileLimit = size_t{4} << 20;
+
+struct LoadedBoard {
+  std::unique_ptr<sim::Board> board;  ///< null when loading failed
+  Firmware firmware;
+  std::string error;  ///< one line, "FILE:LINE: what was expected", when loading failed
+};
+
+/// Reads the board file at `path`. The board does not log.
+LoadedBoard LoadBoard(const std::string& path);
+/// The same from text; `name` stands for the file in the error.
+LoadedBoard ParseBoard(std::string_view text, const std::string& name);
+
+struct CompiledFirmware {
+  std::optional<Firmware> firmware;  ///< empty when the file is wrong
+  std::string error;                 ///< as of LoadedBoard
+};
+
+/// Reads the firmware part alone; what the machine's sections hold is not looked at.
+CompiledFirmware CompileFile(const std::string& path);
+CompiledFirmware CompileText(std::string_view text, const std::string& name);
+
+}  // namespace boardfile

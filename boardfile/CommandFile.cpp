@@ -1,0 +1,148 @@
+// Access commands from their keys.
+#include "boardfile/CommandFile.h"
+
+#include <algorithm>
+#include <sstream>
+
+#include "boardfile/CommandWords.h"
+#include "boardfile/PciPlace.h"
+
+namespace boardfile {
+
+using namespace firmware;
+using namespace layout;
+namespace {
+
+constexpr uint64_t kByte = 0xFF, kWord = 0xFFFF, kDword = 0xFFFFFFFF;
+constexpr size_t kTextLimit = 64;
+/// More commands than this in one list are a mistake in the file.
+constexpr size_t kListBytes = size_t{1} << 16;
+
+uint8_t Byte8(TomlSection* section, std::string_view key) { return static_cast<uint8_t>(section->Need(key, kByte)); }
+uint16_t Word16(TomlSection* section, std::string_view key) { return static_cast<uint16_t>(section->Need(key, kWord)); }
+uint32_t Dword32(TomlSection* section, std::string_view key) {
+  return static_cast<uint32_t>(section->Need(key, kDword));
+}
+
+Command ReadMemory(TomlSection* section) { return Command::Memory(Dword32(section, "memory")); }
+Command ReadPort(TomlSection* section) { return Command::Port(Word16(section, "port")); }
+Command ReadIndexData(TomlSection* section) {
+  return Command::IndexData(Word16(section, "index_port"), Word16(section, "data_port"), Byte8(section, "register"));
+}
+Command ReadSmbus(TomlSection* section) { return Command::Smbus(Byte8(section, "smbus"), Byte8(section, "command")); }
+Command ReadPci(TomlSection* section) {
+  const PciPlace place = ReadPciPlace(section, "pci");
+  return Command::Pci(place.bus, place.device, place.function, Word16(section, "register"));
+}
+Command ReadMsr(TomlSection* section) { return Command::Msr(Dword32(section, "msr")); }
+
+Command ReadDelay(TomlSection* section) {
+  const auto word = section->Has("unit") ? section->Text("unit", kTextLimit) : std::optional<std::string>("us");
+  for (const DelayWord& row : kDelayWords)
+    if (row.word == *word) return Command::Delay(DelayUnit{row.unit}, Word16(section, "delay"));
+  section->Fail("unit", "\"us\", \"ms\" or \"s\"");
+}
+
+struct KindRow {
+  std::string_view key;
+  Command (*read)(TomlSection*);
+};
+constexpr KindRow kKinds[] = {
+    {"memory", ReadMemory}, {"port", ReadPort}, {"index_port", ReadIndexData}, {"smbus", ReadSmbus},
+    {"pci", ReadPci},       {"msr", ReadMsr},   {"delay", ReadDelay},
+};
+
+uint16_t ReadWords(TomlSection* section, std::string_view key, uint16_t ControlWord::*bits) {
+  const auto text = section->Text(key, kTextLimit);
+  uint16_t control = 0;
+  std::istringstream words(text.value_or(""));
+  for (std::string word; words >> word;) {
+    const ControlWord* found = nullptr;
+    for (const ControlWord& row : kControlWords)
+      if (row.word == word) found = &row;
+    if (!found) section->Fail(key, "made of the words read, write, and, or");
+    control = static_cast<uint16_t>(control | found->*bits);
+  }
+  return control;
+}
+
+/// Sets the fields that the layout has; keys that name others stay unasked and are complained about.
+void ReadFields(TomlSection* section, const CommandLayout& layout, Command* command) {
+  const auto limit = [](CommandField field) {
+    return field.bytes >= 8 ? ~uint64_t{0} : (uint64_t{1} << (8 * field.bytes)) - 1;
+  };
+  if (layout.andMask.bytes)
+    if (const auto mask = section->Number("and", limit(layout.andMask))) command->And(*mask);
+  if (layout.orMask.bytes)
+    if (const auto mask = section->Number("or", limit(layout.orMask))) command->Or(*mask);
+  if (layout.expected.bytes)
+    if (const auto value = section->Number("expected", limit(layout.expected)))
+      command->Expected(static_cast<uint32_t>(*value));
+  const auto index = section->Number("argument", kNoArgument);
+  if (index) command->ArgumentIndex(static_cast<uint32_t>(*index));
+  if (section->Flag("argument_mode", index && *index != kNoArgument)) command->AddControl(kArgumentMode);
+}
+
+void ReadControl(TomlSection* section, Command* command) {
+  command->AddControl(ReadWords(section, "get", &ControlWord::get));
+  command->AddControl(ReadWords(section, "set", &ControlWord::set));
+  if (const auto control = section->Number("control", kWord)) command->Control(static_cast<uint16_t>(*control));
+}
+
+void ReadWidth(TomlSection* section, Command* command) {
+  const uint64_t width = section->Number("width", 8, 1);
+  if (width == 0 || (width & (width - 1)) != 0) section->Fail("width", "1, 2, 4 or 8 (bytes)");
+  command->Width(static_cast<unsigned>(width));
+}
+
+Command ReadCommand(TomlSection* section) {
+  if (const auto raw = section->ByteList("raw")) {
+    section->Finish();
+    return Command::Raw(*raw);
+  }
+  for (const KindRow& kind : kKinds) {
+    if (!section->Has(kind.key)) continue;
+    Command command = kind.read(section);
+    ReadWidth(section, &command);
+    ReadFields(section, *FindLayout(command.Build()[0]), &command);
+    ReadControl(section, &command);
+    if (const auto opcode = section->Number("opcode", kByte)) command.Opcode(static_cast<uint8_t>(*opcode));
+    section->Finish();
+    return command;
+  }
+  throw BoardFileError(section->Line(), "a command needs memory, port, index_port, smbus, pci, msr, delay, use or raw");
+}
+
+/// The commands that one element of a list stands for.
+std::vector<Command> ReadElement(TomlSection* section, const Sequences& sequences) {
+  if (!section->Has("use")) return {ReadCommand(section)};
+  const auto found = sequences.find(section->NeedText("use", kTextLimit));
+  if (found == sequences.end()) section->Fail("use", "the name of one of the [sequences]");
+  section->Finish();
+  return found->second;
+}
+
+}  // namespace
+
+std::vector<Command> ReadCommands(TomlSection* section, std::string_view key, const Sequences& sequences) {
+  std::vector<Command> commands;
+  size_t size = 0;
+  for (TomlSection& each : section->List(key)) {
+    for (Command& command : ReadElement(&each, sequences)) {
+      size += std::max<size_t>(1, command.Build().size());
+      if (size > kListBytes) throw BoardFileError(each.Line(), "the commands of one list must fit into 64 KiB");
+      commands.push_back(std::move(command));
+    }
+  }
+  return commands;
+}
+
+Sequences ReadSequences(TomlSection* root) {
+  Sequences sequences;
+  auto section = root->Sub("sequences");
+  if (!section) return sequences;
+  for (const std::string& name : section->Keys()) sequences[name] = ReadCommands(&*section, name, {});
+  return sequences;
+}
+
+}  // namespace boardfile

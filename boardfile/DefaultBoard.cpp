@@ -1,0 +1,34 @@
+// The default of the simulated library: the board file that the environment names.
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "boardfile/BoardFile.h"
+
+namespace {
+
+constexpr char kVariable[] = "VYNLIB_BOARD";
+/// Set to anything but "" or "0": the board is live, whatever its file says.
+constexpr char kLiveVariable[] = "VYNLIB_LIVE";
+
+bool IsSet(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value && *value && std::string(value) != "0";
+}
+
+std::unique_ptr<sim::Board> Refused(const std::string& why) {
+  std::fprintf(stderr, "%s\n", why.c_str());
+  return sim::Board::Unprivileged();
+}
+
+}  // namespace
+
+std::unique_ptr<sim::Board> sim::DefaultBoard() {
+  const char* path = std::getenv(kVariable);
+  if (!path || !*path) return Refused(std::string(kVariable) + " names no board file");
+  boardfile::LoadedBoard loaded = boardfile::LoadBoard(path);
+  if (!loaded.board) return Refused(loaded.error);
+  if (IsSet(kLiveVariable)) loaded.board->live = true;
+  return std::move(loaded.board);
+}

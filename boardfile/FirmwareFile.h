@@ -1,0 +1,32 @@
+/// The firmware part of a board file: function description and board information tables, the BIOS information record,
+/// the other ACPI tables, and where all of them lie in memory.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "boardfile/TomlSection.h"
+#include "firmware/AcpiImage.h"
+#include "firmware/Bytes.h"
+
+namespace boardfile {
+
+/// A table that the file does not mention is empty.
+struct Firmware {
+  firmware::Bytes iadt, iamt, biosInfo;  ///< what vyntable writes
+  uint32_t biosInfoAddress = 0;
+  std::optional<firmware::AcpiImage> acpi;  ///< root pointer and all tables; empty when the board has none
+
+  /// Puts all of it into whatever takes bytes at an address by `Memory(address, bytes)`.
+  template <typename Machine>
+  void PutInto(Machine* machine) const {
+    if (acpi) acpi->PutInto(machine);
+    if (!biosInfo.empty()) machine->Memory(biosInfoAddress, biosInfo);
+  }
+};
+
+/// Reads [bios], [iadt], [iamt], [acpi], [[feature]], [[sensor]], [[record]] and [sequences] of the file's root; throws
+/// BoardFileError.
+Firmware ReadFirmware(TomlSection* root);
+
+}  // namespace boardfile
