@@ -45,7 +45,8 @@ void PutTheBoardIntoOneState() {
   for (const Register& row : kNvram) guest::SetNvram(row.number, row.value);
   for (const Register& row : kMonitorBytes) guest::SetSmbus(kMonitor, row.number, row.value);
   for (const Register& row : kEepromBytes) guest::SetSmbus(kEeprom, row.number, row.value);
-  EXPECT_EQ(1, VynLibSetOnboardTPMState(1, 2));
+  EXPECT_EQ(1, VynLibSetOnboardTPMState(0, 2));  // the whole word,
+  EXPECT_EQ(1, VynLibSetOnboardTPMState(1, 2));  // and its lowest bit
 }
 
 constexpr const char* kReport = R"(VYN-Q35
@@ -83,7 +84,7 @@ Fan control
   FAN      MODES  MODE  PARAMETERS
   CPU Fan  0 2    2     60 45
 
-Not readable
+Not readable or in doubt
   USB power             0xC01: the hardware is in none of the listed states
   OTP                   0x15: the firmware lists a command of a kind that cannot be stepped over
   AT mode               0x1101: the hardware is in none of the listed states
