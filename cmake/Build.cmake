@@ -83,14 +83,17 @@ function(vyn_test_headers)
   target_precompile_headers(vyn_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 endfunction()
 
-# vyn_test(NAME SOURCES... [LIBS libraries...]): one GoogleTest program, each of its tests known to ctest.
+# vyn_test(NAME SOURCES... [LIBS libraries...]): one GoogleTest program, which ctest starts once. It says what failed, and
+# leaves the verdict on each of its tests in results/NAME.json.
 function(vyn_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} vynlib_flags GTest::gmock GTest::gtest_main)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
   vyn_quick_build(${name})
-  gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300
+    ENVIRONMENT "GTEST_BRIEF=1;GTEST_OUTPUT=json:${CMAKE_BINARY_DIR}/results/${name}.json")
 endfunction()
 
 # vyn_start_code(FILE OUT): the compiler's own start code of that name, "" when it has none.
