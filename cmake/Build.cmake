@@ -34,9 +34,13 @@ else()
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=.
     $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-ffile-compilation-dir=.>)
 endif()
-if(VYNLIB_FUZZ)
-  target_compile_options(vynlib_flags INTERFACE -fsanitize=fuzzer-no-link)
-endif()
+
+# vyn_steer_fuzzers(TARGET): with VYNLIB_FUZZ, the fuzzers see which edges of a library an input reaches.
+function(vyn_steer_fuzzers target)
+  if(VYNLIB_FUZZ)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
+endfunction()
 
 # vyn_read_once(TARGET): with VYNLIB_PRECOMPILE, a library's sources are compiled with the standard headers read once for
 # all libraries. Each source includes what it needs all the same, for without that option it must.
@@ -92,7 +96,7 @@ function(vyn_test name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
   vyn_quick_build(${name})
   add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300
+  set_tests_properties(${name} PROPERTIES TIMEOUT 600
     ENVIRONMENT "GTEST_BRIEF=1;GTEST_OUTPUT=json:${CMAKE_BINARY_DIR}/results/${name}.json")
 endfunction()
 
