@@ -15,8 +15,7 @@ TEST(SeekTables, NamesTheDeviceThatDoesNotOpen) {
   const FakeMachine machine;
   const TablesSought sought = SeekTables(machine);
   EXPECT_EQ("nowhere", sought.source);
-  EXPECT_EQ("not in /sys/firmware/acpi/tables; the library cannot read it from memory; /dev/mem: not there",
-            sought.iadt);
+  EXPECT_EQ("not in /sys/firmware/acpi/tables; the library cannot read it; /dev/mem: not there", sought.iadt);
   EXPECT_FALSE(sought.hasIadt);
 }
 
@@ -31,7 +30,10 @@ TEST(SeekTables, TellsTheKernelsCopiesApart) {
       "MiB",
       sought.iadt);
   EXPECT_TRUE(sought.hasIadt);
-  EXPECT_EQ("not in /sys/firmware/acpi/tables; the library cannot read it from memory", sought.iamt);
+  EXPECT_EQ(
+      "not in /sys/firmware/acpi/tables; the library is served the kernel's copies because there is no root pointer "
+      "below 1 MiB",
+      sought.iamt);
   EXPECT_FALSE(sought.hasIamt);
 }
 

@@ -71,6 +71,10 @@ void AddStandIn(const Tables& tables, Finding* finding, const char* next) {
     finding->found += "; the kernel's copies stand in";
     return;
   }
+  if (tables.iadt.source == Source::kMemory) {
+    finding->found += "; the table IADT lies elsewhere";
+    return;
+  }
   finding->verdict = Verdict::kWarning;
   finding->next = next;
 }
@@ -82,13 +86,16 @@ Finding RootPointer(const Tables& tables) {
       "Boot a kernel with ACPI that shows the tables in /sys/firmware/acpi/tables, or switch BIOS start (CSM) on in "
       "the "
       "firmware's setup.";
+  constexpr char kNextBehind[] =
+      "Install the board's firmware again, or send a bundle to the board's maker: 'vynctl doctor --bundle FILE.tar'.";
   if (!tables.pointer.has_value()) {
     finding.found = "none below 1 MiB";
     AddStandIn(tables, &finding, kNext);
   } else if (!tables.PointerSound()) {
-    finding.found = fmt::format("at 0x{:X}, but {}", *tables.pointer,
-                                tables.pointerSums ? "it names no root table of 32 bits" : "its bytes do not sum to 0");
-    AddStandIn(tables, &finding, kNext);
+    finding.found = fmt::format("at 0x{:X}, but {}{}", *tables.pointer,
+                                tables.pointerSums ? "it names no root table of 32 bits" : "its bytes do not sum to 0",
+                                tables.soundBehind ? "; the sound one behind it is not tried" : "");
+    AddStandIn(tables, &finding, tables.soundBehind ? kNextBehind : kNext);
   } else {
     finding.found = fmt::format("at 0x{:X}, root table at 0x{:X}", *tables.pointer, tables.rootTable);
   }

@@ -61,6 +61,17 @@ const State kStates[] = {
      }},
     {"uefi", Verdict::kOk, [](Board& board) { StartByUefi(board, '\0'); }},
     {"root-pointer-damaged", Verdict::kOk, [](Board& board) { board.Poke(kRootPointer + 9, "X"); }},
+    // The library tries the first root pointer alone, and is served nothing while a sound one is there.
+    {"root-pointer-behind-a-damaged-one", Verdict::kProblem,
+     [](Board& board) { board.Poke(0xF5000, "RSD PTR damaged"); }},
+    // The FACS, which the FADT names at byte 36, is in memory that the kernel hides.
+    {"facs-hidden", Verdict::kOk,
+     [](Board& board) {
+       board.Poke(kRootTable + 0x100 + 36, Little(0x8000000, 4));
+       board.hiddenFrom = 0x8000000;
+       board.refusal = EPERM;
+     }},
+    {"bios-record-damaged", Verdict::kWarning, [](Board& board) { board.Poke(kRecord + 20, "X"); }},
     {"lockdown", Verdict::kProblem,
      [](Board& board) {
        StartByUefi(board, '\1');

@@ -68,14 +68,16 @@ class Chipset {
   FakeMachine machine_;
 };
 
-TEST(SmbusRecords, AreTheDetectedOnes) {
+void ExpectTheDetectedOnes(uint64_t hidden) {
   for (const sim::SmbusPlatform& platform : sim::SmbusPlatforms()) {
-    for (const uint64_t hidden : {0, 1}) {
-      const Chipset chipset(platform, hidden);
-      EXPECT_EQ(chipset.Told(), chipset.Detected()) << platform.name << (hidden != 0 ? ", hidden" : "");
-    }
+    const Chipset chipset(platform, hidden);
+    EXPECT_EQ(chipset.Told(), chipset.Detected()) << platform.name;
   }
 }
+
+TEST(SmbusRecords, AreTheDetectedOnes) { ExpectTheDetectedOnes(0); }
+
+TEST(SmbusRecords, AreTheDetectedOnesOfHiddenHosts) { ExpectTheDetectedOnes(1); }
 
 class SmbusHostTest : public testing::Test {
  protected:
