@@ -1,10 +1,10 @@
 // What vynctl doctor finds on a machine with a board, whatever the firmware.
 #include <nlohmann/json.hpp>
 
-#include <cstdlib>
-
 #include "BoardEnvironment.h"
+#include "FirmwareKind.h"
 
+using guest::ThisFirmware;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
@@ -32,9 +32,8 @@ Found Finding(const std::string& id) {
 
 /// Why the library is served the kernel's copies on firmware of this kind; empty where it reads memory.
 std::string WhyCopies() {
-  const std::string kind = getenv("VM_FIRMWARE");
-  if (kind == "ovmf") return "there is no root pointer below 1 MiB";
-  return kind == "seabios-acpi-data" ? "the kernel refuses /dev/mem at 0x" : "";
+  if (!ThisFirmware().pointerBelow1MiB) return "there is no root pointer below 1 MiB";
+  return ThisFirmware().tablesReachable ? "" : "the kernel refuses /dev/mem at 0x";
 }
 
 }  // namespace
@@ -54,6 +53,12 @@ TEST(Doctor, TellsWhereTheLibraryTakesTheTablesFrom) {
   for (const char* id : {"iadt", "iamt"})
     EXPECT_THAT(Finding(id).text, HasSubstr(why.empty() ? "the library reads it from memory (/dev/mem) at 0x"
                                                         : "the library is served this copy because " + why));
+}
+
+TEST(Doctor, NamesTheFirmware) {
+  const bool bios = ThisFirmware().pointerBelow1MiB;
+  EXPECT_EQ(bios ? "BIOS" : "UEFI", Finding("firmware").text);
+  EXPECT_THAT(Finding("root-pointer").text, StartsWith(bios ? "at 0xF" : "none below 1 MiB"));
 }
 
 TEST(Doctor, NamesTheModelAndTheController) {

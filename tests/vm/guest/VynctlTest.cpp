@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "BoardEnvironment.h"
+#include "FirmwareKind.h"
 
 using ::testing::HasSubstr;
 using ::testing::SizeIs;
@@ -45,6 +46,12 @@ TEST(Vynctl, InfoTellsTheModelOfTheRealBoard) {
   const nlohmann::json document = Json("info");
   EXPECT_EQ("VYN-Q35", document["model"]);
   EXPECT_EQ(false, document["simulated"]);
+}
+
+TEST(Vynctl, InfoTellsWhereTheTablesComeFrom) {
+  const bool reachable = guest::ThisFirmware().tablesReachable;
+  EXPECT_EQ(reachable ? "memory (/dev/mem)" : "the kernel's copies (/sys/firmware/acpi/tables)",
+            ValueOf(Json("info"), "board/tables-source")["value"]);
 }
 
 TEST(Vynctl, SensorsAreThoseOfTheTables) {
