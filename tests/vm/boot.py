@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Boots one virtual machine whose only process is a program, and keeps what it said.
 
-With --results the program is a GoogleTest one, and the verdict of each test is kept for case.py: exit status 0 means that
-it ran to its end, whatever its tests said. Otherwise the exit status is the program's.
+The exit status is the program's. With --results the program is a GoogleTest one, and the verdict on each of its tests goes
+into a file of the form that GoogleTest gives its own; a run without a verdict is a failure.
 """
 import argparse
 import json
@@ -18,13 +18,20 @@ import initramfs
 import kernel
 import machine
 
-VERDICT = re.compile(r"^\[ RUN      \] (\S+)\n(.*?)^\[( {7}OK|  FAILED ) \] \1 ", re.MULTILINE | re.DOTALL)
+VERDICT = re.compile(r"^\[ RUN      \] (\S+)\.(\S+)\n(.*?)^\[( {7}OK|  FAILED |  SKIPPED ) \] \1\.\2 ",
+                     re.MULTILINE | re.DOTALL)
 EXIT = re.compile(r"^\[ EXIT (\d+) \]", re.MULTILINE)
 
 
 def verdicts(console):
-    """{test: {"passed", "output"}} of every test that came to an end."""
-    return {name: {"passed": "OK" in word, "output": output} for name, output, word in VERDICT.findall(console)}
+    """{suite: its tests that came to an end}"""
+    suites = {}
+    for suite, name, output, word in VERDICT.findall(console):
+        test = {"name": name, "result": "SKIPPED" if "SKIPPED" in word else "COMPLETED"}
+        if "FAILED" in word:
+            test["failures"] = [{"failure": output}]
+        suites.setdefault(suite, []).append(test)
+    return suites
 
 
 def arguments():
@@ -37,7 +44,8 @@ def arguments():
     parser.add_argument("--kernel", default="linux-image-cloud-amd64", help="meta package of the kernel")
     parser.add_argument("--module", action="append", default=["msr"], help="further kernel module of the guest")
     parser.add_argument("--append", action="append", default=[], metavar="WORD", help="further word for the kernel")
-    parser.add_argument("--qemu", action="append", default=[], metavar="WORD", help="further word for QEMU: --qemu=-smp --qemu=2")
+    parser.add_argument("--qemu", action="append", default=[], metavar="WORD",
+                        help="further word for QEMU: --qemu=-smp --qemu=2")
     parser.add_argument("--kernel-cache", type=pathlib.Path, required=True)
     parser.add_argument("--results", type=pathlib.Path, help="file for the verdicts of a GoogleTest program")
     parser.add_argument("--limit", type=int, default=150, help="seconds")
@@ -56,7 +64,8 @@ def run(options, scratch):
                               [program, *options.program], options.library)
     kind = firmware.KINDS[options.firmware]
     extra = [*kind.qemu, *firmware.tables(kind, options.tables, scratch), *options.qemu]
-    console = machine.Machine(scratch).run(image, archive, [*kind.kernel(machine.MEMORY), *options.append], extra, options.limit)
+    console = machine.Machine(scratch).run(image, archive, [*kind.kernel(machine.MEMORY), *options.append], extra,
+                                           options.limit)
     return console.replace("\r\n", "\n")
 
 
@@ -72,10 +81,12 @@ def main():
     print(console)
     found = EXIT.search(console)
     status = int(found.group(1)) if found else 1
-    if not options.results:
-        return status
-    options.results.write_text(json.dumps(verdicts(console)))
-    return 0 if found and status <= 1 else 1
+    if options.results:
+        suites = [{"name": name, "testsuite": tests} for name, tests in verdicts(console).items()]
+        options.results.parent.mkdir(exist_ok=True)
+        options.results.write_text(json.dumps({"testsuites": suites}))
+        return status if suites else 1
+    return status
 
 
 if __name__ == "__main__":
