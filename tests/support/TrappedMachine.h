@@ -1,9 +1,9 @@
 /// A machine in place of the real one for the production platform: no hardware, no privilege, no simulated platform.
 ///
-/// Linking `trapped_machine` puts definitions of iopl, open, fopen, close, mmap, munmap, pread, sysconf, system and usleep
-/// into the test program. They serve the program's own copy of the platform as well as that of libvynlib.so.1 and act
-/// on the machine that lives at the moment; calls that are none of its business pass through. IN and OUT trap, for the
-/// I/O privilege level is never raised, and are carried out by the machine.
+/// Linking `trapped_machine` puts definitions of iopl, open, fopen, close, mmap, munmap, pread, sysconf, system and
+/// usleep into the test program. They serve the program's own copy of the platform as well as that of libvynlib.so.1
+/// and act on the machine that lives at the moment; calls that are none of its business pass through. IN and OUT trap,
+/// for the I/O privilege level is never raised, and are carried out by the machine.
 ///
 ///     TrappedMachine machine;
 ///     machine.SetPort(0x80, 0x5A);
