@@ -34,13 +34,9 @@ else()
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=.
     $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-ffile-compilation-dir=.>)
 endif()
-
-# vyn_steer_fuzzers(TARGET): with VYNLIB_FUZZ, the fuzzers see which edges of a library an input reaches.
-function(vyn_steer_fuzzers target)
-  if(VYNLIB_FUZZ)
-    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
-  endif()
-endfunction()
+if(VYNLIB_FUZZ)
+  target_compile_options(vynlib_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # vyn_read_once(TARGET): with VYNLIB_PRECOMPILE, a library's sources are compiled with the standard headers read once for
 # all libraries. Each source includes what it needs all the same, for without that option it must.
