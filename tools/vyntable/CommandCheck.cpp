@@ -2,6 +2,9 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace vyntable {
 
 using namespace layout;
@@ -27,6 +30,15 @@ struct Subject {
   uint64_t Field(CommandField field) const { return command.Field(field); }
 };
 
+/// The thermal status of a core and of the package, and the temperature that they count down from: in every Intel
+/// processor of the boards that have the tables. Others come and go with the model.
+constexpr uint64_t kCommonRegisters[] = {0x19C, 0x1A2, 0x1B1};
+
+bool ReadsRareRegister(const Subject& s) {
+  return s.context.sensor && s.Kind(kCommandMsr) &&
+         std::ranges::find(kCommonRegisters, s.Field(s.layout.address)) == std::end(kCommonRegisters);
+}
+
 struct Rule {
   Severity severity;
   const char* text;
@@ -48,6 +60,9 @@ bool ComparesAndCannotMatch(const Subject& s) {
 constexpr Rule kRules[] = {
     {Severity::kError, "an MSR command stops the walk with code 21",
      [](const Subject& s) { return !s.context.sensor && s.Kind(kCommandMsr); }},
+    {Severity::kWarning,
+     "not every processor has this register: where it is missing, each reading yields 0 and leaves a file open",
+     ReadsRareRegister},
     {Severity::kError, "an MSR cannot be written", [](const Subject& s) { return s.Kind(kCommandMsr) && s.Writes(); }},
     {Severity::kError, "a delay that reads waits and then fails its entry",
      [](const Subject& s) { return !s.context.sensor && s.Kind(kCommandDelay) && (s.Gets() || s.Sets()); }},

@@ -172,8 +172,17 @@ TEST(CheckCommand, LetsFanModesNameTheirParameters) {
 
 TEST(CheckCommand, LetsSensorsReadModelSpecificRegisters) {
   const Record record =
-      Record::Sensor("temperature", 3).Name("CPU").Commands({Command::Msr(1).Get(), Command::Msr(2).Get()});
+      Record::Sensor("temperature", 3).Name("CPU").Commands({Command::Msr(0x1A2).Get(), Command::Msr(0x19C).Get()});
   EXPECT_THAT(Iadt(IadtBuilder().Add(record)), IsEmpty());
+}
+
+TEST(CheckCommand, WarnsOfRegistersThatAProcessorMayNotHave) {
+  const Record record =
+      Record::Sensor("temperature", 3).Name("CPU").Commands({Command::Msr(0x1A2).Get(), Command::Msr(0x1A0).Get()});
+  // The second command of a record that begins at byte 36 has its place at byte 71 of it.
+  EXPECT_THAT(Iadt(IadtBuilder().Add(record)),
+              ElementsAre("107 warning not every processor has this register: where it is missing, each reading yields "
+                          "0 and leaves a file open (temperature 3.3 \"CPU\")"));
 }
 
 TEST(CheckBoardInformation, FindsMissingRepeatedAndUnknown) {
