@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
 """Tests of the checks: each must find what it is there for."""
+import importlib.machinery
+import importlib.util
+import json
 import pathlib
 import tempfile
 import unittest
@@ -8,6 +11,15 @@ import exports
 import hardening
 import includes
 import seam
+
+
+def script(name):
+    """A Python script of scripts/, as a module."""
+    path = str(pathlib.Path(__file__).parents[2] / "scripts" / name)
+    loader = importlib.machinery.SourceFileLoader(name.replace("-", "_"), path)
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader(loader.name, loader))
+    loader.exec_module(module)
+    return module
 
 
 class Includes(unittest.TestCase):
@@ -99,6 +111,36 @@ class Hardening(unittest.TestCase):
                                   ({"__GNUC__": "4", "__clang__": "1"}, "3")):
             for level in "23":
                 self.assertEqual(level == highest, hardening.fortified(compiler | {"__USE_FORTIFY_LEVEL": level}))
+
+
+class RunTests(unittest.TestCase):
+    def count(self, started, results):
+        """`started`: {test of ctest: whether it passed}; `results`: {test of ctest: {test: its result}}"""
+        with tempfile.TemporaryDirectory() as scratch:
+            report = pathlib.Path(scratch) / "results.xml"
+            report.write_text("<testsuite>" + "".join(
+                f'<testcase name="{name}" status="{"run" if good else "fail"}"/>' for name, good in started.items())
+                + "</testsuite>")
+            for name, tests in results.items():
+                suite = {"name": "Suite", "testsuite": [{"name": test} | result for test, result in tests.items()]}
+                (pathlib.Path(scratch) / f"{name}.json").write_text(json.dumps({"testsuites": [suite]}))
+            return script("run-tests").count(report, pathlib.Path(scratch))
+
+    good = {"result": "COMPLETED"}
+    bad = {"result": "COMPLETED", "failures": [{"failure": "1 is not 2"}]}
+
+    def test_counts_each_test_of_a_program(self):
+        self.assertEqual((4, []), self.count({"a": True, "b": True, "c": True}, {"b": {"X": self.good, "Y": self.good}}))
+
+    def test_names_the_failed(self):
+        self.assertEqual((1, ["a: Suite.Y", "b"]),
+                         self.count({"a": False, "b": False}, {"a": {"X": self.good, "Y": self.bad}}))
+
+    def test_finds_a_program_that_fails_after_its_tests(self):
+        self.assertEqual((1, ["a"]), self.count({"a": False}, {"a": {"X": self.good}}))
+
+    def test_counts_what_was_skipped_as_failed(self):
+        self.assertEqual((0, ["a: Suite.X"]), self.count({"a": True}, {"a": {"X": {"result": "SKIPPED"}}}))
 
 
 if __name__ == "__main__":
