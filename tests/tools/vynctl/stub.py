@@ -16,10 +16,10 @@ class Case(tool.Case):
         (self.folder / "feedings").write_text(text)
 
     def feed(self, *arguments, stdout=subprocess.PIPE, options=(), **changes):
-        """Starts "vynctl watchdog feed"."""
+        """Starts "vynctl watchdog feed", in a process group of its own: the kernel stops no process of an orphaned one."""
         process = subprocess.Popen([tool.VYNCTL, "--lock-file", str(self.lock), *options, "watchdog", "feed",
                                     *arguments], stdout=stdout, stderr=subprocess.PIPE, text=True, cwd=self.folder,
-                                   env=tool.environment(LD_LIBRARY_PATH=tool.STUB, **changes))
+                                   env=tool.environment(LD_LIBRARY_PATH=tool.STUB, **changes), process_group=0)
         self.addCleanup(process.stderr.close)
         if process.stdout:
             self.addCleanup(process.stdout.close)
