@@ -52,7 +52,7 @@ def pasted(line, build, compiler, prefix):
 def from_the_prefix(program, lines, root, build, compiler, scratch):
     """The first two lines, which prepare and build, are only looked at: this build has done the same."""
     presets = subprocess.run(["cmake", "--list-presets=all"], cwd=root, check=True, capture_output=True, text=True).stdout
-    if len(re.findall(r'^ +"release"', presets, re.MULTILINE)) != 2 or not os.access(root / lines[0], os.X_OK):
+    if len(re.findall(r'^ +"release"', presets, re.MULTILINE)) != 2 or not os.access(root / lines[0].split()[0], os.X_OK):
         print("no such preset or script:", *lines[:2], sep="\n")
         return False
     (scratch / "first.c").write_text(program)
