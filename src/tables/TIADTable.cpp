@@ -1,6 +1,7 @@
 #include "tables/TIADTable.h"
 
 #include <algorithm>
+#include <memory>
 
 #include <safe_mem_lib.h>
 
@@ -82,8 +83,8 @@ unsigned char* TIADTable::NewNode(const RecordType& type, const RecordView& reco
   if (needed > budget_) return nullptr;
   budget_ -= needed;
   if (type.IsSensor()) return NewCopy(nodeBytes, record.Leading(type.keptBytes));
-  unsigned char* node = NewCopy(nodeBytes, record.Leading(iadt::kBody));
+  std::unique_ptr<unsigned char[]> node(NewCopy(nodeBytes, record.Leading(iadt::kBody)));
   const View bytes = record.Bytes();
-  StorePointer(node + iadt::kBody, NewCopy(record.length, bytes.subspan(std::min(iadt::kBody, bytes.size()))));
-  return node;
+  StorePointer(node.get() + iadt::kBody, NewCopy(record.length, bytes.subspan(std::min(iadt::kBody, bytes.size()))));
+  return node.release();
 }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 #include <safe_mem_lib.h>
 
@@ -23,8 +24,11 @@ void TIAMTable::FreeInstance() {
   g_Instance = nullptr;
 }
 
-TIAMTable::TIAMTable()
-    : Header(new unsigned char[acpi::kHeaderBytes]()), BoardInfo(new unsigned char[iamt::kBoardRecordBytes]()) {}
+TIAMTable::TIAMTable() : Header(nullptr), BoardInfo(nullptr) {
+  auto header = std::make_unique<unsigned char[]>(acpi::kHeaderBytes);
+  BoardInfo = new unsigned char[iamt::kBoardRecordBytes]();
+  Header = header.release();
+}
 
 TIAMTable::~TIAMTable() {
   delete[] Header;

@@ -123,6 +123,7 @@ class Allocations : public testing::Test {
 
   /// A started library; a call that fails for want of memory; the same call once there is some.
   void ExpectRefusedAndThenDone(const std::function<int()>& call) {
+    VynLibDllUnInit();
     ASSERT_EQ(small_board::Start(), 1);
     machine.log.clear();
     EXPECT_EQ(call(), 1);
