@@ -92,7 +92,7 @@ function(vyn_test name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
   vyn_quick_build(${name})
   add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES TIMEOUT 1500
+  set_tests_properties(${name} PROPERTIES TIMEOUT 3000
     ENVIRONMENT "GTEST_BRIEF=1;GTEST_OUTPUT=json:${CMAKE_BINARY_DIR}/results/${name}.json")
 endfunction()
 
