@@ -103,7 +103,13 @@ void Board::Sleep(uint64_t microseconds) {
   const bool fails = Fails(Access::kSleep);
   Record(Access::kSleep, 0, 0, microseconds);
   if (fails) return;
-  clock_ += microseconds;
+  const uint64_t whole = microseconds + pace.sleepExtra;
+  const uint64_t longest = pace.step != 0 ? pace.step : whole;
+  for (uint64_t left = whole; left > longest; left -= longest) {
+    clock_ += longest;
+    Tick();
+  }
+  clock_ += whole == 0 ? 0 : (whole - 1) % longest + 1;
   Tick();
 }
 
@@ -111,6 +117,13 @@ void Board::OnTick(std::function<void(Board&)> callback) { impl_->ticks.push_bac
 
 void Board::Tick() {
   for (size_t i = 0; i < impl_->ticks.size(); ++i) impl_->ticks[i](*this);
+}
+
+/// The processor's time for a port access.
+void Board::Spend() {
+  ++accesses_;
+  clock_ += pace.portAccess;
+  Tick();
 }
 
 int Board::SetIoPrivilegeLevel(int level) {

@@ -1,5 +1,6 @@
 /// A simulated machine: ports, PCI functions, physical memory, model-specific registers and a clock that only sleeping
-/// advances. The simulated platform acts on `Board::Current()`; tests and the board loader build one.
+/// advances, unless its pace says otherwise. The simulated platform acts on `Board::Current()`; tests and the board
+/// loader build one.
 #pragma once
 
 #include <array>
@@ -17,6 +18,13 @@
 #include "sim/PortDevice.h"
 
 namespace sim {
+
+/// What takes time on a machine besides what is slept, in microseconds.
+struct Pace {
+  uint64_t portAccess = 0;  ///< of the processor, for each
+  uint64_t sleepExtra = 0;  ///< by which a sleep is longer than asked for
+  uint64_t step = 0;        ///< the longest in which chips follow the clock during a sleep; 0: the whole sleep is one
+};
 
 class Board {
  public:
@@ -38,6 +46,8 @@ class Board {
   bool msrDevice = true;                   ///< "/dev/cpu/0/msr" can be opened
   bool live = false;                       ///< the clock follows the time of day as well, and readings may drift
   size_t mappingLimit = size_t{64} << 20;  ///< bytes; longer mappings fail
+
+  Pace pace;
 
   /// Plain read/write byte registers at consecutive ports (each independent of the others).
   Board& Ports(uint16_t first, std::vector<uint8_t> values);
@@ -63,11 +73,13 @@ class Board {
   Board& Msr(uint32_t number, uint64_t value);
 
   // --- running ---
-  /// What was slept so far; on a live board also the real time since the board was made.
+  /// What was slept so far, and what the accesses took; on a live board also the real time since the board was made.
   uint64_t Microseconds() const;
   void Sleep(uint64_t microseconds);
-  /// Called after every sleep, before every port access and after every port write, for chips whose state follows the
-  /// clock or their registers.
+  /// Made so far, whatever their width.
+  uint64_t PortAccesses() const { return accesses_; }
+  /// Called after every sleep (and within it, as the pace says), before every port access and after every port write,
+  /// for chips whose state follows the clock or their registers.
   void OnTick(std::function<void(Board&)> callback);
 
   // --- observing ---
@@ -102,6 +114,7 @@ class Board {
   void Record(Access::Kind kind, uint64_t address, unsigned width, uint64_t value, const char* text = "");
   bool Fails(Access::Kind kind);
   void Tick();
+  void Spend();
   uint8_t ReadPortByte(uint16_t port);
   void WritePortByte(uint16_t port, uint8_t value);
   uint32_t ReadPorts(uint16_t port, unsigned width);
@@ -109,6 +122,7 @@ class Board {
 
   std::unique_ptr<Impl> impl_;
   uint64_t clock_ = 0;
+  uint64_t accesses_ = 0;
   std::vector<Access> log_;
 };
 

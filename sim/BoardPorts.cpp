@@ -111,7 +111,7 @@ void Board::WritePorts(uint16_t port, unsigned width, uint32_t value) {
 
 uint32_t Board::In(uint16_t port, unsigned width) {
   const bool fails = Fails(Access::kIn);
-  Tick();
+  Spend();
   const uint32_t value = (fails ? faultAnswer : ReadPorts(port, width)) & OnesOf(width);
   Record(Access::kIn, port, width, value);
   return value;
@@ -119,7 +119,7 @@ uint32_t Board::In(uint16_t port, unsigned width) {
 
 void Board::Out(uint16_t port, unsigned width, uint32_t value) {
   const bool fails = Fails(Access::kOut);
-  Tick();
+  Spend();
   Record(Access::kOut, port, width, value & OnesOf(width));
   if (fails) return;
   WritePorts(port, width, value & OnesOf(width));

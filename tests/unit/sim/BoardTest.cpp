@@ -49,6 +49,26 @@ TEST_F(SleepTime, TellsChipsJustAsWritesDoBeforeAndAfter) {
   EXPECT_THAT(times, ElementsAre(10, 10, 10, 17));
 }
 
+TEST_F(SleepTime, IsLongerAndInStepsAsThePaceSays) {
+  std::vector<uint64_t> times;
+  board.pace = {.portAccess = 0, .sleepExtra = 10, .step = 25};
+  board.OnTick([&](Board& b) { times.push_back(b.Microseconds()); });
+  platform::SleepMicroseconds(50);
+  EXPECT_THAT(times, ElementsAre(25, 50, 60));
+  platform::SleepMicroseconds(15);
+  EXPECT_THAT(times, ElementsAre(25, 50, 60, 85));
+}
+
+TEST_F(SleepTime, PassesWithPortAccessesAsThePaceSays) {
+  platform::In8(0x80);
+  EXPECT_EQ(board.Microseconds(), 0u);
+  board.pace.portAccess = 3;
+  platform::In8(0x80);
+  platform::Out32(0xCF8, 0);
+  EXPECT_EQ(board.Microseconds(), 6u);
+  EXPECT_EQ(board.PortAccesses(), 3u);
+}
+
 TEST_F(Logging, KeepsCommandsToTheShell) {
   platform::RunCommand("modprobe msr");
   EXPECT_THAT(board.Log(), ElementsAre(Access{Access::kCommand, 0, 0, 0, "modprobe msr"}));
