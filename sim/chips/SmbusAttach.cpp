@@ -1,5 +1,6 @@
 // A chipset's registers on a board, and its host at the ports that they name.
 #include <algorithm>
+#include <bit>
 
 #include "sim/chips/SmbusPlatforms.h"
 
@@ -92,16 +93,56 @@ void SetGates(Board& board, const SmbusPlatform& platform, bool open) {
   }
 }
 
-void SetPowerManagement(Board& board, const SmbusPlatform& platform, const SmbusSetup& setup, uint16_t base) {
+/// Power management registers as the port pair and memory show them: what is written one way is read the other.
+class PowerManagement {
+ public:
+  using Registers = std::array<uint8_t, 256>;
+  /// Either way may be closed.
+  PowerManagement(std::shared_ptr<Registers> ports, bool memory) : ports_(std::move(ports)), memory_(memory) {}
+
+  uint8_t Get(unsigned offset) const { return (*ports_)[offset]; }
+  void Refresh(Board& board, unsigned offset) {
+    if (!memory_) return;
+    uint8_t& known = known_.try_emplace(offset, Get(offset)).first->second;
+    const uint8_t memory = board.MemoryByte(kPmMemory + offset);
+    known = memory != known ? memory : Get(offset);
+    (*ports_)[offset] = known;
+    board.StoreMemoryByte(kPmMemory + offset, known);
+  }
+
+ private:
+  std::shared_ptr<Registers> ports_;
+  bool memory_;
+  std::map<unsigned, uint8_t> known_;
+};
+
+PowerManagement SetPowerManagement(Board& board, const SmbusPlatform& platform, const SmbusSetup& setup,
+                                   uint16_t base) {
   constexpr uint8_t kDecodes = 0x10, kEnabled = 1;
   const bool enabled = setup.Option("enabled", 1) != 0;
-  std::array<uint8_t, 256> registers{};
+  PowerManagement::Registers registers{};
   const unsigned low = platform.extra == Extra::kPm2c ? 0x2C : 0;
   const uint8_t flag = platform.extra == Extra::kPm2c ? kEnabled : kDecodes;
   registers[low] = static_cast<uint8_t>((base & 0xE0) | (enabled ? flag : 0));
   registers[low + 1] = static_cast<uint8_t>(base >> 8);
-  if (setup.Option("pm_memory", 1) != 0) board.Memory(kPmMemory, registers.data(), registers.size());
-  if (setup.Option("pm_ports", 1) != 0) *board.IndexData(kPmIndex, kPmData) = registers;
+  const bool memory = setup.Option("pm_memory", 1) != 0;
+  if (memory) board.Memory(kPmMemory, registers.data(), registers.size());
+  const auto ports = setup.Option("pm_ports", 1) != 0 ? board.IndexData(kPmIndex, kPmData)
+                                                      : std::make_shared<PowerManagement::Registers>();
+  *ports = registers;
+  return {ports, memory};
+}
+
+/// The host's segment follows the multiplexer.
+void FollowMultiplexer(Board& board, const SmbusPlatform::Multiplexer& multiplexer, PowerManagement registers,
+                       std::shared_ptr<SmbusHost> host) {
+  board.OnTick([=](Board& now) mutable {
+    for (const unsigned offset : {multiplexer.at, multiplexer.chooser, multiplexer.otherwise})
+      registers.Refresh(now, offset);
+    const bool moved = multiplexer.chooser != 0 && (registers.Get(multiplexer.chooser) & 1) != 0;
+    const uint8_t value = registers.Get(moved ? multiplexer.otherwise : multiplexer.at) & multiplexer.mask;
+    host->segment = static_cast<unsigned>(value >> std::countr_zero(multiplexer.mask));
+  });
 }
 
 bool Hidden(Board& board, Extra extra) {
@@ -150,7 +191,7 @@ std::shared_ptr<SmbusHost> AttachSmbus(Board& board, const SmbusPlatform& platfo
   const auto hosts = MakeHosts(platform, setup, own);
   SetIdentity(board, platform);
   if (platform.windows.empty()) {
-    SetPowerManagement(board, platform, setup, base);
+    FollowMultiplexer(board, platform.multiplexer, SetPowerManagement(board, platform, setup, base), hosts[own]);
     hosts[own]->base = base;
     if (base != 0 && setup.Option("enabled", 1) != 0) board.Attach(base, platform.ports, hosts[own]);
     return hosts[own];

@@ -21,7 +21,7 @@ constexpr uint8_t kErrors = kDeviceError | kBusError | kFailed;
 constexpr uint8_t kStart = 0x40;
 constexpr uint8_t kLastByte = 0x20;
 constexpr uint8_t kAuxBuffer = 2;
-constexpr uint8_t kLockRequest = 0x10, kLockRelease = 0x20;
+constexpr uint8_t kLockRequest = 0x10, kLockRelease = 0x20, kLockOthers = 0x0F;
 constexpr unsigned kRegisters = 0x20;
 
 /// What the families differ in.
@@ -34,18 +34,23 @@ struct Family {
   unsigned protocolShift;  ///< of the protocol number in the control register
   uint8_t kill;            ///< control bit
   bool semaphore;          ///< reading the status takes kInUse
+  bool lock;               ///< kLock shares the host with an embedded controller
   uint64_t settling;       ///< microseconds from a start during which the status says nothing
+  SmbusLayout layout;
 };
 
 class ClassicHost : public SmbusHost {
  public:
   ClassicHost(const SmbusSetup& setup, const Family& family) : SmbusHost(setup), family_(family) {}
   std::vector<uint8_t> Settings() const override { return {registers_[kAux], registers_[kLock]}; }
+  const SmbusLayout& Layout() const override { return family_.layout; }
 
  protected:
   uint8_t ReadRegister(Board& board, unsigned offset) override;
   void WriteRegister(Board& board, unsigned offset, uint8_t value) override;
   void Finish(Board& board) override;
+  void Stopped() override;
+  bool AsksForHost(unsigned offset) const override { return family_.lock && offset == kLock; }
 
  private:
   bool Buffered() const {
@@ -56,7 +61,7 @@ class ClassicHost : public SmbusHost {
   uint8_t ReadStatus(const Board& board);
   void ClearStatus(Board& board, uint8_t bits);
   void WriteControl(Board& board, uint8_t value);
-  void Kill();
+  void WriteLock(Board& board, uint8_t value);
   void Start(Board& board);
   void StartBytewise(Board& board);
   void NextByte(Board& board);
@@ -101,8 +106,16 @@ void ClassicHost::WriteRegister(Board& board, unsigned offset, uint8_t value) {
   if (offset == kStatus) return ClearStatus(board, value);
   if (offset == kControl) return WriteControl(board, value);
   if (offset == kWindow && Buffered()) FromBuffer() = value;
-  if (offset == kLock && value & kLockRelease) value = 0;
-  registers_[offset] = offset == kLock ? value & kLockRequest : value;
+  if (offset == kLock && family_.lock) return WriteLock(board, value);
+  registers_[offset] = value;
+}
+
+/// A request that comes while the controller owns the host is lost.
+void ClassicHost::WriteLock(Board& board, uint8_t value) {
+  const bool had = (registers_[kLock] & kLockRequest) != 0;
+  const bool asks = (value & kLockRequest) != 0 && Now(board) >= controllerUntil;
+  const bool has = (value & kLockRelease) == 0 && (had || asks);
+  registers_[kLock] = static_cast<uint8_t>((value & kLockOthers) | (has ? kLockRequest : 0));
 }
 
 void ClassicHost::ClearStatus(Board& board, uint8_t bits) {
@@ -114,7 +127,8 @@ void ClassicHost::ClearStatus(Board& board, uint8_t bits) {
 
 void ClassicHost::WriteControl(Board& board, uint8_t value) {
   registers_[kControl] = static_cast<uint8_t>(value & ~kStart);
-  if (value & family_.kill) return Kill();
+  if (value & family_.kill) return Stop(board);
+  Unstop();
   if ((value & kStart) == 0 || Busy() || (status_ & kErrors) != 0) return;
   // A start with another protocol gives up a block that is on its way.
   const bool block = SmbusProtocol(value >> family_.protocolShift) == SmbusTransfer::kBlock;
@@ -122,7 +136,7 @@ void ClassicHost::WriteControl(Board& board, uint8_t value) {
   if (!HeldBetweenBytes()) Start(board);
 }
 
-void ClassicHost::Kill() {
+void ClassicHost::Stopped() {
   if (Running() || bytewise_) status_ |= kFailed;
   Abort();
   bytewise_ = false;
@@ -138,7 +152,7 @@ void ClassicHost::Start(Board& board) {
   if (kind == SmbusTransfer::kWordData) transfer_.data = {registers_[kData0], registers_[kData1]};
   if (kind == SmbusTransfer::kBlock)
     transfer_.data.assign(buffer_.begin(), buffer_.begin() + std::min<unsigned>(registers_[kData0], kSmbusBlockBytes));
-  Begin(board, WireBytes(transfer_));
+  Begin(board, transfer_);
 }
 
 void ClassicHost::Received() {
@@ -171,12 +185,12 @@ void ClassicHost::StartBytewise(Board& board) {
   bytewise_ = true;
   moved_ = 0;
   if (!transfer_.read) transfer_.data = {registers_[kWindow]};
-  Begin(board, kAddressCommandCount + 1);
+  Begin(board, transfer_, kAddressCommandCount + 1);
 }
 
 void ClassicHost::NextByte(Board& board) {
   if (!transfer_.read && moved_ < registers_[kData0]) transfer_.data.push_back(registers_[kWindow]);
-  Begin(board, 1);
+  Continue(board, 1);
 }
 
 /// Address, command and count.
@@ -201,11 +215,26 @@ void ClassicHost::FinishByte(Board& board) {
   if (told && family_.blocks == Family::kWindowOrBuffer) transfer_.data.resize(std::min(moved_, length));
 }
 
-constexpr Family kIch = {Family::kWindowOrBuffer, 2, 2, true, 0};
-constexpr Family kPiix4 = {Family::kBuffer, 2, 2, false, 0};
-constexpr Family kServerWorks = {Family::kBuffer, 2, 2, false, 2000};
-constexpr Family kVia = {Family::kBuffer, 2, 2, true, 0};
-constexpr Family kUli = {Family::kStartPerByte, 3, 4, false, 0};
+constexpr SmbusLayout Layout(uint8_t startByteRead, uint8_t next, uint8_t inUse) {
+  return {.status = kStatus,
+          .control = kControl,
+          .address = kAddress,
+          .command = kCommand,
+          .data = kData0,
+          .startByteRead = startByteRead,
+          .busy = {kStatus, kBusy},
+          .done = kDone,
+          .errors = kErrors,
+          .next = next,
+          .inUse = inUse};
+}
+
+constexpr Family kIch = {Family::kWindowOrBuffer, 2, 2, true, false, 0, Layout(0x48, kByteDone, kInUse)};
+constexpr Family kPiix4 = {Family::kBuffer, 2, 2, false, false, 0, Layout(0x48, 0, 0)};
+constexpr Family kFch = {Family::kBuffer, 2, 2, false, true, 0, Layout(0x48, 0, 0)};
+constexpr Family kServerWorks = {Family::kBuffer, 2, 2, false, false, 2000, Layout(0x48, 0, 0)};
+constexpr Family kVia = {Family::kBuffer, 2, 2, true, false, 0, Layout(0x48, 0, kInUse)};
+constexpr Family kUli = {Family::kStartPerByte, 3, 4, false, false, 0, Layout(0x50, kByteDone, 0)};
 
 }  // namespace
 
@@ -213,6 +242,7 @@ std::shared_ptr<SmbusHost> MakeSmbusIch(const SmbusSetup& setup) { return std::m
 std::shared_ptr<SmbusHost> MakeSmbusPiix4(const SmbusSetup& setup) {
   return std::make_shared<ClassicHost>(setup, kPiix4);
 }
+std::shared_ptr<SmbusHost> MakeSmbusFch(const SmbusSetup& setup) { return std::make_shared<ClassicHost>(setup, kFch); }
 std::shared_ptr<SmbusHost> MakeSmbusServerWorks(const SmbusSetup& setup) {
   return std::make_shared<ClassicHost>(setup, kServerWorks);
 }

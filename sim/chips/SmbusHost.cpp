@@ -7,11 +7,20 @@ namespace {
 
 constexpr uint8_t kAddressMask = 0xFE;
 
+constexpr uint64_t Later(uint64_t time, uint64_t by) { return time > kSmbusForever - by ? kSmbusForever : time + by; }
+
+/// Start and stop, and a second start between the command and what is read.
+unsigned Conditions(const SmbusTransfer& transfer) {
+  const bool turns = transfer.kind != SmbusTransfer::kQuick && transfer.kind != SmbusTransfer::kByte && transfer.read;
+  return turns ? 3 : 2;
+}
+
 }  // namespace
 
 uint32_t SmbusHost::Read(Board& board, uint16_t port, unsigned width) {
   uint32_t value = 0;
   for (unsigned i = 0; i < width; ++i) {
+    ++accesses_;
     Advance(board);
     value |= uint32_t{ReadRegister(board, port - base + i)} << (8 * i);
   }
@@ -20,19 +29,95 @@ uint32_t SmbusHost::Read(Board& board, uint16_t port, unsigned width) {
 
 void SmbusHost::Write(Board& board, uint16_t port, unsigned width, uint32_t value) {
   for (unsigned i = 0; i < width; ++i) {
+    ++accesses_;
     Advance(board);
-    WriteRegister(board, port - base + i, static_cast<uint8_t>(value >> (8 * i)));
+    const unsigned offset = port - base + i;
+    const auto byte = static_cast<uint8_t>(value >> (8 * i));
+    const bool anothers = owned || held || (wire_ && wire_->foreign) || now_ < controllerUntil;
+    if (onWrite) onWrite({now_, offset, byte, Busy(), anothers && !AsksForHost(offset)});
+    WriteRegister(board, offset, byte);
   }
 }
 
-void SmbusHost::Begin(Board& board, unsigned wireBytes) { due_ = Now(board) + wireBytes * microsecondsPerByte; }
+uint8_t SmbusHost::Peek(Board& board, unsigned offset) {
+  foreign_ = true;
+  Advance(board);
+  const uint8_t value = ReadRegister(board, offset);
+  foreign_ = false;
+  return value;
+}
 
-void SmbusHost::Advance(Board& board) {
-  ++accesses_;
-  if (!due_ || stuck || Now(board) < *due_) return;
-  due_.reset();
+void SmbusHost::Poke(Board& board, unsigned offset, uint8_t value) {
+  foreign_ = true;
+  Advance(board);
+  WriteRegister(board, offset, value);
+  foreign_ = false;
+}
+
+// --- time ---
+
+void SmbusHost::Put(Board& board, uint64_t takes, std::shared_ptr<SmbusSlave> slave) {
+  expired_ = false;
+  stopAt_.reset();
+  wire_ = {Now(board), takes, std::move(slave), foreign_, board.PortAccesses()};
+}
+
+void SmbusHost::Begin(Board& board, const SmbusTransfer& transfer, unsigned wireBytes) {
+  const auto slave = slaves.find(transfer.address & kAddressMask);
+  Put(board, wireBytes * microsecondsPerByte + Conditions(transfer) * microsecondsPerStart,
+      slave == slaves.end() || segment != 0 ? nullptr : slave->second);
+}
+
+void SmbusHost::Continue(Board& board, unsigned wireBytes) { Put(board, wireBytes * microsecondsPerByte, nullptr); }
+
+/// Not while a slave still holds the clock from before.
+uint64_t SmbusHost::WireBegins() const {
+  return std::max(wire_->began, hold_.slave ? Later(hold_.since, hold_.slave->stretch) : 0);
+}
+
+uint64_t SmbusHost::Due() const {
+  const uint64_t stretch = wire_->slave ? wire_->slave->stretch : 0;
+  return stuck ? kSmbusForever : Later(Later(WireBegins(), stretch), wire_->takes);
+}
+
+uint64_t SmbusHost::Expires() const { return timeOut == 0 ? kSmbusForever : Later(wire_->began, timeOut); }
+
+void SmbusHost::Stop(Board& board) {
+  stopAt_ = Now(board) + microsecondsToStop;
+  if (microsecondsToStop == 0) Advance(board);
+}
+
+void SmbusHost::Abort() {
+  if (wire_ && wire_->slave) {
+    const uint64_t since = WireBegins();
+    if (since <= now_ && now_ < Later(since, wire_->slave->stretch)) hold_ = {since, wire_->slave};
+  }
+  wire_.reset();
+}
+
+void SmbusHost::End(Board& board, uint64_t due) {
+  if (!wire_->foreign) {
+    timing.wire += due - wire_->began;
+    timing.late += now_ - due;
+    timing.accesses += board.PortAccesses() - wire_->accesses - 1;
+  }
+  stopAt_.reset();
+  expired_ = due < Due();
+  Abort();
   Finish(board);
 }
+
+void SmbusHost::Advance(Board& board) {
+  now_ = Now(board);
+  const uint64_t due = wire_ ? std::min(Due(), Expires()) : kSmbusForever;
+  const uint64_t stop = stopAt_.value_or(kSmbusForever);
+  if (due <= now_ && due <= stop) return End(board, due);
+  if (stop > now_) return;
+  stopAt_.reset();
+  Stopped();
+}
+
+// --- data ---
 
 unsigned SmbusHost::WireBytes(const SmbusTransfer& transfer) {
   constexpr unsigned kAddressByte = 1, kCommandByte = 1, kCountByte = 1;
@@ -88,7 +173,8 @@ void SmbusHost::WriteSlave(Board& board, SmbusSlave& slave, const SmbusTransfer&
 }
 
 SmbusHost::Outcome SmbusHost::Probe(uint8_t address) const {
-  return slaves.contains(address & kAddressMask) ? fault : Outcome::kNoAnswer;
+  if (expired_) return Outcome::kFailed;
+  return segment == 0 && slaves.contains(address & kAddressMask) ? fault : Outcome::kNoAnswer;
 }
 
 SmbusHost::Outcome SmbusHost::Execute(Board& board, SmbusTransfer& transfer) {

@@ -21,15 +21,26 @@ constexpr uint8_t kRead = 1;
 constexpr uint8_t kAbort = 0x20, kAborted = 1;
 enum Code : uint8_t { kNoAddressAck = 0x10, kDeviceError = 0x11, kHostBusy = 0x1A };
 constexpr unsigned kRegisters = 0x40;
+constexpr SmbusLayout kLayout = {.status = kStatus,
+                                 .control = kProtocol,
+                                 .address = kAddress,
+                                 .command = kCommand,
+                                 .data = kData,
+                                 .startByteRead = 7,
+                                 .busy = {kProtocol, 0xFF},
+                                 .done = kDone,
+                                 .errors = 0x1F};
 
 class NforceHost : public SmbusHost {
  public:
   using SmbusHost::SmbusHost;
+  const SmbusLayout& Layout() const override { return kLayout; }
 
  protected:
   uint8_t ReadRegister(Board&, unsigned offset) override;
   void WriteRegister(Board& board, unsigned offset, uint8_t value) override;
   void Finish(Board& board) override;
+  void Stopped() override;
 
  private:
   void Start(Board& board, uint8_t protocol);
@@ -51,15 +62,18 @@ void NforceHost::WriteRegister(Board& board, unsigned offset, uint8_t value) {
   } else if (offset == kProtocol) {
     if (!Busy()) Start(board, value);
   } else if (offset == kControl) {
-    if ((value & kAbort) == 0 || !Running()) return;
-    Abort();
-    registers_[kProtocol] = 0;
-    registers_[kAbortStatus] |= kAborted;
+    if ((value & kAbort) != 0 && Running()) Stop(board);
   } else if (offset == kAbortStatus) {
     registers_[kAbortStatus] = static_cast<uint8_t>(registers_[kAbortStatus] & ~value);
   } else {
     registers_[offset] = value;
   }
+}
+
+void NforceHost::Stopped() {
+  Abort();
+  registers_[kProtocol] = 0;
+  registers_[kAbortStatus] |= kAborted;
 }
 
 void NforceHost::Start(Board& board, uint8_t protocol) {
@@ -74,7 +88,7 @@ void NforceHost::Start(Board& board, uint8_t protocol) {
   size_t bytes = transfer_.kind == SmbusTransfer::kByteData ? 1 : transfer_.kind == SmbusTransfer::kWordData ? 2 : 0;
   if (transfer_.kind == SmbusTransfer::kBlock) bytes = std::min<size_t>(registers_[kBlockCount], kSmbusBlockBytes);
   transfer_.data.assign(registers_.begin() + kData, registers_.begin() + kData + static_cast<std::ptrdiff_t>(bytes));
-  Begin(board, WireBytes(transfer_));
+  Begin(board, transfer_);
 }
 
 void NforceHost::Finish(Board& board) {

@@ -124,16 +124,18 @@ Platform ServerWorks(std::string_view name, uint32_t id) {
 }
 
 /// ATI and AMD: 0:14.0. The old ones hold the base in configuration space.
-Platform Fch(std::string_view name, uint32_t id, uint32_t revision, Extra extra) {
+Platform Fch(std::string_view name, uint32_t id, uint32_t revision, Extra extra,
+             const Platform::Multiplexer& multiplexer = {}) {
   const PciAt host = {0x14, 0};
   Platform platform = {.name = name,
-                       .make = MakeSmbusPiix4,
+                       .make = extra == Extra::kNone ? MakeSmbusPiix4 : MakeSmbusFch,
                        .host = host,
                        .values = Function(host, id, kSmbusClass, revision),
                        .windows = {},
                        .gates = {},
                        .extra = extra,
-                       .defaultBase = 0x0B00};
+                       .defaultBase = 0x0B00,
+                       .multiplexer = multiplexer};
   if (extra != Extra::kNone) return platform;
   platform.windows = {{0x90, 2, 0xFFF0, 0, 1}};
   platform.gates = {{host, 0xD2, 1}};
@@ -172,6 +174,7 @@ Platform Piix4() {
 const std::vector<SmbusPlatform>& SmbusPlatforms() {
   constexpr PciAt k1f1 = {0x1f, 1}, k1f3 = {0x1f, 3}, k1f4 = {0x1f, 4};
   constexpr Extra kRcba = Extra::kRootComplexHide, kNone = Extra::kNone;
+  constexpr Platform::Multiplexer kSb800Ports = {0x2C, 6, 0x2F, 0x2E}, kHudsonPorts = {0x2E, 6}, kFchPorts = {2, 0x18};
   static const std::vector<SmbusPlatform> platforms = {
       Intel("ich5", 0x24D0, k1f3, 0x24D3, Extra::kLpcHide),
       Intel("ich6", 0x2640, k1f3, 0x266A, kNone),
@@ -227,12 +230,12 @@ const std::vector<SmbusPlatform>& SmbusPlatforms() {
       Fch("sb400", 0x43721002, 0x80, kNone),
       Fch("sb600", 0x43851002, 0x14, kNone),
       Fch("sb700", 0x43851002, 0x3A, kNone),
-      Fch("sb800", 0x43851002, 0x41, Extra::kPm2c),
-      Fch("hudson", 0x780B1022, 0x14, Extra::kPm2c),
-      Fch("mullins", 0x780B1022, 0x42, Extra::kPmDecode),
-      Fch("carrizo", 0x790B1022, 0x4A, Extra::kPmDecode),
-      Fch("promontory", 0x790B1022, 0x61, Extra::kPmDecode),
-      Fch("fch-early", 0x790B1022, 0x42, Extra::kPm2c),
+      Fch("sb800", 0x43851002, 0x41, Extra::kPm2c, kSb800Ports),
+      Fch("hudson", 0x780B1022, 0x14, Extra::kPm2c, kHudsonPorts),
+      Fch("mullins", 0x780B1022, 0x42, Extra::kPmDecode, kHudsonPorts),
+      Fch("carrizo", 0x790B1022, 0x4A, Extra::kPmDecode, kFchPorts),
+      Fch("promontory", 0x790B1022, 0x61, Extra::kPmDecode, kFchPorts),
+      Fch("fch-early", 0x790B1022, 0x42, Extra::kPm2c, kFchPorts),
       Piix4(),
   };
   return platforms;

@@ -44,6 +44,14 @@ struct SmbusPlatform {
     kPmDecode,         ///< in power management registers 0 and 1
   };
 
+  /// Power management bits that choose the segment of the bus. Bit 0 of `chooser`, where there is one, moves them to
+  /// `otherwise`.
+  struct Multiplexer {
+    unsigned at = 0;
+    uint8_t mask = 0;
+    unsigned chooser = 0, otherwise = 0;
+  };
+
   std::string_view name;
   SmbusMaker make;
   PciAt host;  ///< the function that holds the base
@@ -53,6 +61,7 @@ struct SmbusPlatform {
   Extra extra = Extra::kNone;
   unsigned ports = 0x20;
   uint16_t defaultBase = 0x0C00;
+  Multiplexer multiplexer = {};
 };
 
 const std::vector<SmbusPlatform>& SmbusPlatforms();
@@ -64,7 +73,8 @@ inline constexpr std::string_view kSmbusOptions[] = {"enabled",    "hidden",    
 
 /// Sets the chipset's registers on the board and puts a host with the given slaves behind them; the result is that
 /// host. A `setup` without a base gets the platform's usual one; the function's place is the chipset's own, whatever
-/// the setup says. Where the host answers follows the registers at every access. Options:
+/// the setup says. Where the host answers, and the segment that its
+/// multiplexer selects, follow the registers at every access. Options:
 ///   enabled     0: firmware left the host off (default 1)
 ///   hidden      1: firmware hid the PCI function, where the chipset can (default 0)
 ///   no_base     1: firmware gave it no base (default 0)

@@ -8,8 +8,19 @@ namespace {
 
 enum Register : unsigned { kControl = 0, kStatus, kClock, kAddress = 4, kCommand, kData, kBlock = 0x20 };
 enum Status : uint8_t { kDone = 1, kDeviceError = 2, kCollision = 4, kBusy = 8 };
-constexpr uint8_t kStart = 0x10, kKill = 0x20;
+constexpr uint8_t kStart = 0x10;
+/// Alert and system management interrupts: settings that have nothing to do with a transfer.
+constexpr uint8_t kOthers = 0xE0;
 constexpr unsigned kRegisters = 0x40;
+constexpr SmbusLayout kLayout = {.status = kStatus,
+                                 .control = kControl,
+                                 .address = kAddress,
+                                 .command = kCommand,
+                                 .data = kData,
+                                 .startByteRead = 0x12,
+                                 .busy = {kStatus, kBusy},
+                                 .done = kDone,
+                                 .errors = kDeviceError | kCollision};
 
 class SchHost : public SmbusHost {
  public:
@@ -17,12 +28,16 @@ class SchHost : public SmbusHost {
     constexpr uint8_t k100kHz = 0x52;
     registers_[kClock] = setup.Option("enabled", 1) != 0 ? k100kHz : 0;
   }
-  std::vector<uint8_t> Settings() const override { return {registers_[kClock], registers_[kClock + 1]}; }
+  std::vector<uint8_t> Settings() const override {
+    return {registers_[kClock], registers_[kClock + 1], static_cast<uint8_t>(registers_[kControl] & kOthers)};
+  }
+  const SmbusLayout& Layout() const override { return kLayout; }
 
  protected:
   uint8_t ReadRegister(Board&, unsigned offset) override;
   void WriteRegister(Board& board, unsigned offset, uint8_t value) override;
   void Finish(Board& board) override;
+  void Stopped() override;
 
  private:
   void Start(Board& board);
@@ -35,6 +50,7 @@ class SchHost : public SmbusHost {
 
 uint8_t SchHost::ReadRegister(Board&, unsigned offset) {
   if (offset == kStatus) return static_cast<uint8_t>(status_ | (Busy() || still_ ? kBusy : 0));
+  if (offset == kControl) return static_cast<uint8_t>(registers_[kControl] | (Running() || still_ ? kStart : 0));
   return offset < kRegisters ? registers_[offset] : 0xFF;
 }
 
@@ -46,13 +62,18 @@ void SchHost::WriteRegister(Board& board, unsigned offset, uint8_t value) {
   }
   registers_[offset] = value;
   if (offset != kControl) return;
-  registers_[kControl] = static_cast<uint8_t>(value & ~(kStart | kKill));
-  if (value & kKill) {
-    Abort();
-    still_ = false;
-  } else if ((value & kStart) != 0 && !Busy() && !still_) {
+  registers_[kControl] = static_cast<uint8_t>(value & ~kStart);
+  if ((value & kStart) == 0) {
+    if (Running() || still_) Stop(board);
+  } else if (!Busy() && !still_) {
     Start(board);
   }
+}
+
+/// Ends what the start bit began, which is what clearing that bit asks for.
+void SchHost::Stopped() {
+  Abort();
+  still_ = false;
 }
 
 void SchHost::Start(Board& board) {
@@ -68,7 +89,7 @@ void SchHost::Start(Board& board) {
     transfer_.data.assign(registers_.begin() + kBlock,
                           registers_.begin() + kBlock + std::min<unsigned>(registers_[kData], kSmbusBlockBytes));
   still_ = registers_[kClock] == 0 && registers_[kClock + 1] == 0;
-  if (!still_) Begin(board, WireBytes(transfer_));
+  if (!still_) Begin(board, transfer_);
 }
 
 void SchHost::Finish(Board& board) {

@@ -12,6 +12,16 @@ constexpr uint8_t kErrors = kDeviceError | kCollision;
 constexpr uint8_t kHostBusy = 1;
 constexpr uint8_t kStart = 0x10, kKill = 0x20;
 constexpr unsigned kRegisters = 0x28;
+constexpr SmbusLayout kLayout = {.status = kStatus,
+                                 .control = kControl,
+                                 .address = kAddress,
+                                 .command = kCommand,
+                                 .data = kData,
+                                 .startByteRead = 0x12,
+                                 .busy = {kBusyClock, 3},
+                                 .done = kDone,
+                                 .errors = kErrors,
+                                 .next = kArrayDone};
 
 /// What the chips differ in.
 struct Chip {
@@ -23,11 +33,13 @@ class SisHost : public SmbusHost {
  public:
   SisHost(const SmbusSetup& setup, const Chip& chip) : SmbusHost(setup), chip_(chip) {}
   std::vector<uint8_t> Settings() const override { return {registers_[kBusyClock]}; }
+  const SmbusLayout& Layout() const override { return kLayout; }
 
  protected:
   uint8_t ReadRegister(Board&, unsigned offset) override;
   void WriteRegister(Board& board, unsigned offset, uint8_t value) override;
   void Finish(Board& board) override;
+  void Stopped() override;
 
  private:
   void ClearStatus(Board& board, uint8_t bits);
@@ -58,12 +70,16 @@ void SisHost::WriteRegister(Board& board, unsigned offset, uint8_t value) {
   registers_[offset] = value;
   if (offset != kControl) return;
   if (value & kKill) {
-    Abort();
-    open_ = false;
+    Stop(board);
   } else if ((value & kStart) != 0 && !Busy() && (status_ & kErrors) == 0) {
     Start(board);
   }
   registers_[kControl] = value & kSmbusProtocolMask;
+}
+
+void SisHost::Stopped() {
+  Abort();
+  open_ = false;
 }
 
 void SisHost::ClearStatus(Board& board, uint8_t bits) {
@@ -71,7 +87,7 @@ void SisHost::ClearStatus(Board& board, uint8_t bits) {
   status_ = static_cast<uint8_t>(status_ & ~bits);
   if (!next) return;
   if (!transfer_.read) TakeWindow();
-  Begin(board, chip_.window);
+  Continue(board, chip_.window);
 }
 
 void SisHost::TakeWindow() {
@@ -92,7 +108,7 @@ void SisHost::Start(Board& board) {
   if (transfer_.kind == SmbusTransfer::kByteData) transfer_.data = {registers_[kData]};
   if (transfer_.kind == SmbusTransfer::kWordData) transfer_.data = {registers_[kData], registers_[kData + 1]};
   if (transfer_.kind == SmbusTransfer::kBlock && !transfer_.read) TakeWindow();
-  Begin(board, WireBytes(transfer_));
+  Begin(board, transfer_);
 }
 
 void SisHost::End(Outcome outcome) {

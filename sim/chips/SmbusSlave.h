@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <memory>
 #include <string_view>
@@ -13,6 +14,9 @@ namespace sim {
 
 class Board;
 
+/// Longer than any test.
+inline constexpr uint64_t kSmbusForever = std::numeric_limits<uint64_t>::max();
+
 /// A device on the SMBus. `command` numbers its registers; the default keeps 256 one-byte registers, and a word is two
 /// neighbours, the lower one first.
 class SmbusSlave {
@@ -22,6 +26,8 @@ class SmbusSlave {
   virtual void WriteByte(Board&, uint8_t command, uint8_t value) { registers[command] = value; }
 
   std::array<uint8_t, 256> registers{};
+  /// Microseconds for which it holds the clock in each transfer. Stopping the host does not make it let go.
+  uint64_t stretch = 0;
 };
 
 /// What a controller model is given.
