@@ -42,8 +42,10 @@ uint8_t SmbusUser::Status(Board& board) {
 void SmbusUser::Ask(Board& board) {
   const SmbusLayout& layout = host_->Layout();
   const bool asks = plan_.asks && layout.inUse != 0;
-  if (asks && !host_->owned && (Status(board) & layout.inUse) != 0) return;
-  host_->owned = asks;
+  if (asks && !owns_) {
+    if ((Status(board) & layout.inUse) != 0) return;
+    owns_ = host_->owned = true;
+  }
   if (!HostBusy(board)) StartRead(board);
 }
 
@@ -75,8 +77,10 @@ void SmbusUser::TakeResult(Board& board) {
 
 void SmbusUser::GiveBack(Board& board) {
   const SmbusLayout& layout = host_->Layout();
-  if (host_->owned) host_->Poke(board, layout.status, layout.inUse);
-  host_->owned = false;
+  if (owns_) {
+    host_->Poke(board, layout.status, layout.inUse);
+    owns_ = host_->owned = false;
+  }
   stage_ = Stage::kOver;
 }
 

@@ -12,9 +12,10 @@ namespace sim {
 class SmbusUser {
  public:
   struct Plan {
-    uint64_t until = 0;   ///< microseconds of the board; no transfer begins at or after it, and the semaphore goes back
-    uint8_t address = 0;  ///< of the device
-    uint8_t command = 0;  ///< its register
+    uint64_t from = 0;     ///< microseconds of the board
+    uint64_t until = 0;    ///< no further transfer begins, and the semaphore goes back
+    uint8_t address = 0;   ///< of the device
+    uint8_t command = 0;   ///< its register
     uint8_t expected = 0;  ///< what that holds
     bool asks = true;      ///< false: drives the host without taking its semaphore
   };
@@ -26,7 +27,7 @@ class SmbusUser {
     bool operator==(const Tally&) const = default;
   };
 
-  /// Begins at once, and acts for as long as the board lives.
+  /// Begins when the plan says, and acts for as long as the board lives.
   static std::shared_ptr<SmbusUser> Start(Board& board, std::shared_ptr<SmbusHost> host, const Plan& plan);
 
   const Tally& Reads() const { return tally_; }
@@ -35,7 +36,8 @@ class SmbusUser {
  private:
   enum class Stage { kAsking, kWaiting, kOver };
 
-  SmbusUser(std::shared_ptr<SmbusHost> host, const Plan& plan) : host_(std::move(host)), plan_(plan) {}
+  SmbusUser(std::shared_ptr<SmbusHost> host, const Plan& plan)
+      : host_(std::move(host)), plan_(plan), next_(plan.from) {}
   void Act(Board& board);
   void Ask(Board& board);
   void StartRead(Board& board);
@@ -48,7 +50,8 @@ class SmbusUser {
   Plan plan_;
   Tally tally_;
   Stage stage_ = Stage::kAsking;
-  uint64_t next_ = 0;
+  uint64_t next_;
+  bool owns_ = false;
 };
 
 }  // namespace sim

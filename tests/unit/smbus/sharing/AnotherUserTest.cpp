@@ -26,17 +26,18 @@ TEST_P(AnotherTransfer, IsTheOneOfTheBoard) {
 }
 
 TEST_P(AnotherTransfer, EndsBeforeOursBegins) {
-  slow->stretch = 2 * kMillisecond;
-  const auto another = Another(0, kSlow, false);
+  slow->stretch = GetParam().settles + 2 * kMillisecond;
+  Another(0, kSlow, false);
+  board.Sleep(GetParam().settles);
   ASSERT_TRUE(RunsNow());
   ExpectReads();
-  EXPECT_TRUE(another->Over());
   EXPECT_THAT(WritesToAnothersHost(), IsEmpty());
 }
 
 TEST_P(AnotherTransfer, ThatDoesNotEndIsNotWaitedForForever) {
   slow->stretch = sim::kSmbusForever;
   Another(0, kSlow, false);
+  board.Sleep(GetParam().settles);
   const Outcome outcome = Read(kSlave);
   EXPECT_EQ(outcome.done, 0);
   EXPECT_LT(outcome.took, kSecond);
@@ -84,6 +85,51 @@ TEST_P(SharedSemaphore, IsTakenOverWhenFirmwareLeftItAndTheHostStaysIdle) {
   ASSERT_FALSE(writes.empty());
   EXPECT_GE(writes.front().at - before, kLongestTransfer);
   ExpectGivenBackAtTheEnd();
+}
+
+TEST_P(SharedSemaphore, IsTakenByOneAtATime) {
+  const auto first = Another(2 * kMillisecond), second = Another(4 * kMillisecond);
+  ExpectReads();
+  board.Sleep(10 * kMillisecond);
+  for (const auto& another : {first, second}) {
+    EXPECT_GE(another->Reads().right, 1u);
+    EXPECT_EQ(another->Reads(), (sim::SmbusUser::Tally{.right = another->Reads().right}));
+    EXPECT_TRUE(another->Over());
+  }
+  EXPECT_THAT(WritesToAnothersHost(), IsEmpty());
+}
+
+TEST_P(SharedSemaphore, KeepsAnotherWaitingFromTheFirstByteToTheLast) {
+  const uint64_t now = board.Microseconds();
+  const auto another = sim::SmbusUser::Start(board, host,
+                                             {.from = now + 300,
+                                              .until = now + 20 * kMillisecond,
+                                              .address = kSlave,
+                                              .command = kCommand,
+                                              .expected = kValue});
+  unsigned char bytes[8] = {};
+  EXPECT_EQ(TSMBus::GetInstance()->ReadSmbusByte(kSlave, bytes, kCommand, 8), 1);
+  EXPECT_EQ(bytes[0], kValue);
+  EXPECT_EQ(another->Reads(), sim::SmbusUser::Tally{});
+  EXPECT_THAT(WritesToAnothersHost(), IsEmpty());
+  EXPECT_EQ(GivenBack(), 1u);
+  board.Sleep(20 * kMillisecond);
+  EXPECT_GE(another->Reads().right, 10u);
+}
+
+TEST_P(SharedSemaphore, IsGivenBackOnceAfterAWordAndAfterABlock) {
+  unsigned char bytes[32] = {1, 2, 3};
+  const auto check = [&](int done) {
+    EXPECT_EQ(done, 1);
+    ExpectGivenBackAtTheEnd();
+    host->Poke(board, host->Layout().status, host->Layout().inUse);
+    writes.clear();
+  };
+  check(TSMBus::GetInstance()->WriteSmbusWord(kSlave, bytes, kCommand, 1));
+  check(TSMBus::GetInstance()->WriteSmbusBlock(kSlave, bytes, kCommand, 3));
+  int count = 0;
+  check(TSMBus::GetInstance()->ReadSmbusBlock(kSlave, bytes, kCommand, &count));
+  EXPECT_EQ(count, 3);
 }
 
 TEST_P(SharedSemaphore, IsGivenBackAfterAMissingDevice) {
