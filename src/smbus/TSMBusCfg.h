@@ -18,7 +18,7 @@ class TSMBusCfg {
   VynString BaseScript2;
   VynString BaseScript3;
   VynString BaseScript4;
-  VynString WaitIdleScript;   ///< clears the status; result IdleValue: the host is free
+  VynString WaitIdleScript;   ///< takes the host, clears its status; result IdleValue: it is ours and idle
   VynString AddressPrefix;    ///< slave address byte, bit 0 set to read
   VynString CommandPrefix;    ///< command (register) number
   VynString ByteWritePrefix;  ///< byte count of a block

@@ -136,7 +136,7 @@ TEST_P(SMBusPowerManagement, GivesTheBase) {
 
 constexpr PowerManagement kPowerManagement[] = {
     {"sb800", 1, 0, true},      {"sb800", 0, 1, true},       {"sb800", 0, 0, false},    {"hudson", 0, 1, true},
-    {"mullins", 1, 0, true},    {"mullins", 0, 1, false},    {"carrizo", 1, 0, true},   {"carrizo", 0, 1, true},
+    {"mullins", 1, 0, true},    {"mullins", 0, 1, true},     {"carrizo", 1, 0, true},   {"carrizo", 0, 1, true},
     {"promontory", 1, 0, true}, {"promontory", 0, 1, false}, {"fch-early", 1, 0, true}, {"fch-early", 0, 1, true},
 };
 INSTANTIATE_TEST_SUITE_P(Ways, SMBusPowerManagement, testing::ValuesIn(kPowerManagement));
@@ -214,7 +214,7 @@ TEST_F(IntelSch, GetsAClockForTheTransaction) {
 TEST_F(IntelSch, KeepsTheClockThatFirmwareSet) {
   Attach("sch");
   EXPECT_EQ(Read(), kRead);
-  EXPECT_THAT(PortLog(), testing::Contains(sim::Out16(0x1042, 0x52)).Times(1));
+  EXPECT_THAT(PortLog(), testing::Contains(sim::Out16(0x1042, 0x52)).Times(0));
 }
 
 using ServerWorksCsb5 = SMBusChipset;

@@ -117,15 +117,25 @@ TEST_F(SMBusRowsTest, BalanceBracesAndWriteNoNumberWithTheLetterH) {
     }
 }
 
-// A search for blocks takes the first "CMDS{" even behind a "WAIT{".
-TEST_F(SMBusRowsTest, PutNoCommandBlockBehindAWaitingOne) {
+/// The loop that plain statements in front of it swallow, because a "CMDS{" follows: a search for blocks takes that
+/// first, wherever it stands. Empty without one.
+std::string SwallowedLoop(std::string text) {
+  for (size_t block = 0; block != std::string::npos;) {
+    text.erase(0, text.find_first_not_of(' '));
+    const size_t commands = text.find("CMDS{");
+    const size_t loop = std::min(text.find("Wait{"), text.find("Loop{"));
+    block = std::min(commands, loop);
+    if (loop != 0 && loop < commands && commands != std::string::npos) return text.substr(loop);
+    if (block != std::string::npos) text.erase(0, text.find('}', block) + 1);
+  }
+  return "";
+}
+
+TEST_F(SMBusRowsTest, LoseNoLoopToThePlainStatementsBeforeIt) {
+  EXPECT_EQ(SwallowedLoop("Local1=1; Wait{0,1,i(1)}; CMDS{o(1,1)}"), "Wait{0,1,i(1)}; CMDS{o(1,1)}");
+  EXPECT_EQ(SwallowedLoop("CMDS{Local1=1} Loop{1,i(1)} CMDS{o(1,1)} Local1=2"), "");
   for (const auto& [name, config] : Records())
-    for (const Field field : kScripts) {
-      const std::string text = (config.*field).c_str();
-      if (text.find("Wait{") == std::string::npos) continue;
-      EXPECT_TRUE(text.rfind("CMDS{") == std::string::npos || text.rfind("CMDS{") < text.find("Wait{"))
-          << name.c_str() << ": " << text;
-    }
+    for (const Field field : kScripts) EXPECT_EQ(SwallowedLoop((config.*field).c_str()), "") << name.c_str();
 }
 
 TEST_F(SMBusRowsTest, HoldTheIchxRowToTheLetter) {
