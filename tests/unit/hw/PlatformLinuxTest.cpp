@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/prctl.h>
 #include <sys/time.h>
 
 #include <array>
@@ -149,6 +150,28 @@ TEST(PlatformSleep, IsGivenInMicroseconds) {
   platform::SleepMicroseconds(0);
   platform::SleepMicroseconds(100000);
   EXPECT_THAT(machine.Log(), ElementsAre("usleep 0", "usleep 100000"));
+}
+
+TEST(PlatformSleep, LeavesTheTimerSlackOfTheThreadAsItWas) {
+  constexpr unsigned long kNanoseconds = 70000;
+  ASSERT_EQ(prctl(PR_SET_TIMERSLACK, kNanoseconds), 0);
+  platform::SleepMicroseconds(1);
+  EXPECT_EQ(prctl(PR_GET_TIMERSLACK), static_cast<int>(kNanoseconds));
+  prctl(PR_SET_TIMERSLACK, 0);
+}
+
+// 50 ms of slack, which every one of these sleeps would otherwise be allowed to take; a machine that is too busy to
+// wake one thread in time does not delay all of them.
+TEST(PlatformSleep, IsPreciseWhenItIsShort) {
+  ASSERT_EQ(prctl(PR_SET_TIMERSLACK, 50000000UL), 0);
+  auto shortest = std::chrono::steady_clock::duration::max();
+  for (int i = 0; i < 20; ++i) {
+    const auto start = std::chrono::steady_clock::now();
+    platform::SleepMicroseconds(20);
+    shortest = std::min(shortest, std::chrono::steady_clock::now() - start);
+  }
+  prctl(PR_SET_TIMERSLACK, 0);
+  EXPECT_LT(shortest, std::chrono::milliseconds(25));
 }
 
 TEST(PlatformSleep, IsNotShortenedBySignals) {
