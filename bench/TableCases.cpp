@@ -44,39 +44,47 @@ void SearchEveryDevice() {
   for (uint32_t slot = 0; slot < 256 * 32; ++slot) sink = PciDword(0x80000000 + (slot << 11));
 }
 
-/// A machine without any PCI function: the fixed places that the controller detection looks at, and its searches.
+void LookAtBusZeroFrom(uint32_t first) {
+  for (uint32_t i = 0; i < 32; ++i) sink = PciDword(0x80000000 + ((first + i) % 32 << 11));
+}
+
+void LookAtClasses(uint32_t device) {
+  for (const uint32_t function : {4, 5, 6, 7, 0, 1, 2, 3}) {
+    platform::Out32(0xCF8, 0x80000008 + (device << 11) + (function << 8));
+    sink = platform::In16(0xCFE);
+  }
+}
+
+/// A machine without any PCI function: the places that the controller detection looks at, and its one search.
 void InitByHand() {
   platform::SetIoPrivilegeLevel(3);
   ReadSpans(0x20000, 7);
   ReadSpans(0x20000, 0);
   const auto look = [](uint32_t address) { sink = PciDword(address); };
-  look(0x80001000);     // SiS 964
-  look(0x80001000);     // SiS 968
-  look(0x8000F800);     // Intel SCH
-  SearchEveryDevice();  // ULI M1563
-  SearchEveryDevice();  // ULI M1573
-  SearchEveryDevice();  // ULI M1575
-  look(0x80008800);     // VIA VX900
-  look(0x8000F800);     // Intel ICHx
-  look(0x80001000);     // SiS 962/963
-  look(0x80001000);     // SiS 965/966
-  SearchEveryDevice();  // nVidia MCP2, by class; then the identifier of what was not found
+  look(0x80001000);         // SiS 964
+  look(0x80001000);         // SiS 968
+  look(0x8000F800);         // Intel SCH
+  LookAtBusZeroFrom(3);     // ULI M1563
+  LookAtBusZeroFrom(0x1E);  // ULI M1573
+  LookAtBusZeroFrom(0x1E);  // ULI M1575
+  look(0x80008800);         // VIA VX900
+  look(0x8000F800);         // Intel ICHx
+  look(0x80001000);         // SiS 962/963
+  look(0x80001000);         // SiS 965/966
+  SearchEveryDevice();      // nVidia MCP2, by class; then the identifier of what was not found
   look(0x80FFFF00);
-  look(0x8000A000);     // AMD Promontory
-  SearchEveryDevice();  // Intel Auto PCH, by class
-  look(0x80FFFF00);
-  look(0x8000FC00);     // Intel Kaby lake
-  look(0x8000FB00);     // Intel Avoton PCH
-  look(0x8000FC00);     // Intel Skylake PCH
-  look(0x8000FB00);     // Intel Braswell PCH
-  SearchEveryDevice();  // nVidia nForce3/CK804, by class
-  look(0x80FFFF00);
-  look(0x8000F800);     // Intel PCH
-  SearchEveryDevice();  // ServerWorks OSB4
-  SearchEveryDevice();  // ServerWorks CSB5
-  look(0x80008800);     // VIA 8235
-  look(0x8000F800);     // Intel ICH7
-  look(0x8000A000);     // ATI
+  look(0x8000A000);        // AMD Promontory
+  LookAtClasses(0x1F);     // Intel Auto PCH
+  look(0x8000FC00);        // Intel Kaby lake
+  look(0x8000FB00);        // Intel Avoton PCH
+  look(0x8000FC00);        // Intel Skylake PCH
+  look(0x8000FB00);        // Intel Braswell PCH
+  look(0x80FFFF00);        // nVidia nForce3/CK804: what the search found
+  look(0x8000F800);        // Intel PCH
+  LookAtBusZeroFrom(0xF);  // ServerWorks
+  look(0x80008800);        // VIA 8235
+  look(0x8000F800);        // Intel ICH7
+  look(0x8000A000);        // ATI
   platform::SetIoPrivilegeLevel(0);
 }
 
