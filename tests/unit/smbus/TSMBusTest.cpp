@@ -477,4 +477,14 @@ TEST_F(TSMBusWords, TakeAGivenBaseScriptAndCommandZero) {
   EXPECT_THAT(board.PortLog(), testing::IsSupersetOf({Step(98), Out8(0x82, 0)}));
 }
 
+// 256 buses of 32 devices, one function each where there is none: two port accesses a look. What the rows look at
+// besides are a few places of bus 0.
+TEST_F(SMBusBoard, DetectionSearchesAllBusesOnceAtTheMost) {
+  constexpr size_t kOneSearch = size_t{256} * 32 * 2;
+  constexpr size_t kFixedPlaces = 400;
+  TSMBus::GetInstance();
+  EXPECT_EQ(TSMBus::GetInstance()->GetSMBusConfig(), nullptr);
+  EXPECT_LE(board.PortLog().size(), kOneSearch + kFixedPlaces);
+}
+
 }  // namespace
