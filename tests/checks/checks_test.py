@@ -44,7 +44,7 @@ class Includes(unittest.TestCase):
         self.assertEqual(1, len(self.offences("tools/vynctl/main.cpp", '#include "api/Library.h"\n')))
 
     def test_finds_a_second_source_of_a_slow_header(self):
-        self.assertEqual(1, len(self.offences("tools/vynctl/Context.h", "#include <nlohmann/json.hpp>\n")))
+        self.assertEqual(1, len(self.offences("tools/vynctl/commands/Context.h", "#include <nlohmann/json.hpp>\n")))
         self.assertEqual(1, len(self.offences("boardfile/BoardFile.cpp", "#include <toml++/toml.h>\n")))
         self.assertEqual([], self.offences("tools/commandline/Parse.cpp", "#include <CLI/CLI.hpp>\n"))
 
@@ -64,6 +64,16 @@ class Includes(unittest.TestCase):
         for path, name in (("tools/vyntable/Check.cpp", "sim/Board.h"), ("tools/vynprobe/main.cpp", "api/Library.h"),
                            ("tools/vynctl/main.cpp", "sim/Board.h"), ("bench/Main.cpp", "sim/Board.h"),
                            ("fuzz/AcpiFuzz.cpp", "firmware/Record.h"), ("src/layout/Walk.h", "hw/Platform.h")):
+            self.assertEqual([(pathlib.Path(path), name)], self.offences(path, f'#include "{name}"\n'))
+
+    def test_finds_a_room_of_vynctl_that_knows_more_than_its_row(self):
+        for path, name in (("tools/vynctl/board/Value.h", "commands/Context.h"),
+                           ("tools/vynctl/board/Value.h", "view/Table.h"),
+                           ("tools/vynctl/view/Table.h", "commands/Context.h"),
+                           ("tools/vynctl/view/Table.h", "layout/Walk.h"),
+                           ("tools/vynctl/feeding/Feeder.h", "commands/Arguments.h"),
+                           ("tools/vynctl/doctor/Tables.h", "board/Library.h"),
+                           ("src/api/Sensors.cpp", "board/Sensors.h")):
             self.assertEqual([(pathlib.Path(path), name)], self.offences(path, f'#include "{name}"\n'))
 
     def test_allows_what_lies_below(self):

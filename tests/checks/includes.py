@@ -20,8 +20,13 @@ ALLOWED = {
     "sim": ("sim/", "hw/Platform.h"),
     "boardfile": ("boardfile/", "firmware/", "sim/", "layout/"),
     "tools/commandline": ("commandline/",),
-    "tools/vynctl": ("vynctl/", "commandline/", "boardfile/BoardFile.h", "vyntable/Check.h", "firmware/", "layout/",
-                     "vynlib/"),
+    "tools/vynctl": ("commands/", "board/", "view/", "doctor/", "feeding/", "commandline/", "boardfile/BoardFile.h",
+                     "vyntable/Check.h", "firmware/", "layout/", "vynlib/"),
+    "tools/vynctl/board": ("board/", "view/Output.h", "view/Signals.h", "view/Text.h", "doctor/", "boardfile/BoardFile.h",
+                           "layout/", "vynlib/"),
+    "tools/vynctl/view": ("view/", "board/", "commandline/"),
+    "tools/vynctl/doctor": ("doctor/", "view/", "vyntable/Check.h", "layout/", "vynlib/"),
+    "tools/vynctl/feeding": ("feeding/", "commands/Context.h", "board/", "view/", "vynlib/"),
     "tools/vyntable": ("vyntable/", "commandline/", "boardfile/", "firmware/", "layout/"),
     # A developers' program for controller records: it runs scripts and transactions below the api.
     "tools/vynprobe": ("commandline/", "boardfile/", "sim/", "smbus/", "script/", "text/", "hw/"),
@@ -29,11 +34,11 @@ ALLOWED = {
     "fuzz": ("fuzz/", "boardfile/", "layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "vynlib/"),
 }
 FOLDERS = ("layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "firmware/", "sim/", "boardfile/",
-           "commandline/", "vynctl/", "vyntable/", "bench/", "fuzz/", "tests/", "vynlib/")
+           "commandline/", "commands/", "board/", "view/", "doctor/", "feeding/", "vyntable/", "bench/", "fuzz/", "tests/", "vynlib/")
 # The one source of the libraries and tools that includes the headers of a package.
 ALONE = {
     "CLI/": "tools/commandline/Parse.cpp",
-    "nlohmann/": "tools/vynctl/Json.cpp",
+    "nlohmann/": "tools/vynctl/view/Json.cpp",
     "toml++/": "boardfile/TomlSection.cpp",
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)

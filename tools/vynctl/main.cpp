@@ -6,10 +6,10 @@
 #include <iostream>
 #include <iterator>
 
-#include "Codes.h"
-#include "Subcommand.h"
-#include "board/TablesFound.h"
+#include "board/BoardTables.h"
+#include "board/Codes.h"
 #include "commandline/Streams.h"
+#include "commands/Context.h"
 
 namespace vynctl {
 namespace {
@@ -191,7 +191,7 @@ int RunChosen(const CommandLine& line) {
   const Library library(line.options.load, output);
   Context context{outlet, library};
   if (chosen.needsTable) {
-    const std::optional<Refusal> refusal = RefuseWithoutTables(library, line.options);
+    const std::optional<Refusal> refusal = RefuseWithoutTables(library, line.options.load);
     if (refusal) return context.Finish(Document::Refused(*refusal), "");
   }
   return chosen.run(context);
@@ -203,7 +203,7 @@ int Execute(const CommandLine& line) {
   } catch (const LibraryError& error) {
     const Syntax& chosen = line.Chosen();
     if (chosen.notStarted) chosen.notStarted(line.options);
-    return Complain(line, kRefused, error.what(), error.code, DoctorHint(line.options));
+    return Complain(line, kRefused, error.what(), error.code, DoctorHint(line.options.load));
   } catch (const LockError& error) {
     return Complain(line, kRefused, error.what());
   } catch (const UsageError& error) {

@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "Table.h"
 #include "doctor/Finding.h"
 #include "doctor/Machine.h"
 #include "doctor/Tables.h"
+#include "view/Table.h"
 
 namespace vynctl::doctor {
 

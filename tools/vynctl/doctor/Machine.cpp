@@ -15,7 +15,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "Text.h"
+#include "view/Text.h"
 
 namespace vynctl::doctor {
 namespace {

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <map>
 
-#include "Text.h"
+#include "view/Text.h"
 
 namespace vynctl::doctor {
 namespace {

@@ -26,4 +26,8 @@ struct Privilege {
 Privilege LookAtPrivilege(const Machine& machine);
 Findings Judge(const Privilege& privilege);
 
+/// What keeps this process from the board's hardware, and what to do first; empty when nothing does. What the library
+/// says itself ("Please run as root!") is the same for every cause.
+std::string WhyNoPrivilege(const Privilege& privilege);
+
 }  // namespace vynctl::doctor

@@ -6,7 +6,7 @@
 #include <charconv>
 #include <optional>
 
-#include "Text.h"
+#include "view/Text.h"
 
 namespace vynctl::doctor {
 namespace {

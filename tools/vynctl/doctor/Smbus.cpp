@@ -3,9 +3,9 @@
 
 #include <fmt/core.h>
 
-#include "Text.h"
 #include "doctor/Owners.h"
 #include "doctor/SmbusRecords.h"
+#include "view/Text.h"
 
 namespace vynctl::doctor {
 namespace {

@@ -11,7 +11,7 @@
 #include <cerrno>
 #include <sstream>
 
-#include "Text.h"
+#include "view/Text.h"
 #include "vynlib/lock.h"
 
 namespace vynctl::doctor {

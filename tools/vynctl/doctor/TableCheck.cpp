@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "Text.h"
+#include "view/Text.h"
 #include "vyntable/Check.h"
 
 namespace vynctl::doctor {

@@ -6,13 +6,13 @@
 #include <deque>
 #include <string_view>
 
-#include "Text.h"
 #include "doctor/PhysicalMemory.h"
 #include "doctor/Tables.h"
 #include "layout/AcpiLayout.h"
 #include "layout/BiosRecord.h"
 #include "layout/Checksum.h"
 #include "layout/LittleEndian.h"
+#include "view/Text.h"
 
 namespace vynctl::doctor {
 namespace {

@@ -9,9 +9,9 @@
 #include <csignal>
 #include <ctime>
 
-#include "Codes.h"
-#include "Notice.h"
+#include "board/Codes.h"
 #include "feeding/HealthCheck.h"
+#include "view/Output.h"
 
 namespace vynctl {
 namespace {

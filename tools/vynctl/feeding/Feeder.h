@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <string>
 
-#include "Context.h"
-#include "Signals.h"
+#include "commands/Context.h"
 #include "feeding/ServiceManager.h"
+#include "view/Signals.h"
 
 namespace vynctl {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "Signals.h"
+#include "view/Signals.h"
 
 namespace vynctl {
 
