@@ -24,7 +24,7 @@
  * Codes    Global codes are below 0x100. Others are family * 256 + sub-code: VYNLIB_FAMILY(code), VYNLIB_SUB(code).
  *          Sub-code 0x00 means that the board does not offer the function. Shared by the state functions: 0x01 no
  *          entry's state matched (reading), 0x02 the entry's commands failed (setting), 0x04 no entry has the requested
- *          value or index.
+ *          value or index. <vynlib/error_text.h> has words for all.
  * Firmware The library runs the board's access commands exactly as the tables state them. Two loops are not bounded by
  *          the library: a command whose addressing form does not fit its kind is repeated until it fails, and a script
  *          WAIT with count 0 runs until its value appears.
