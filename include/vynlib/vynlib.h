@@ -46,6 +46,13 @@ extern "C" {
 #define VYNLIB_API
 #endif
 
+/* The version of this header. VYNLIB_VERSION_NUMBER is for comparisons: 1.2.3 is 10203. */
+#define VYNLIB_VERSION_MAJOR 1
+#define VYNLIB_VERSION_MINOR 0
+#define VYNLIB_VERSION_PATCH 0
+#define VYNLIB_VERSION "1.0.0"
+#define VYNLIB_VERSION_NUMBER (VYNLIB_VERSION_MAJOR * 10000 + VYNLIB_VERSION_MINOR * 100 + VYNLIB_VERSION_PATCH)
+
 #define VYNLIB_NAME_BYTES 20
 
 #define VYNLIB_QUERY 0   /* selector: does the board offer it? */

@@ -12,6 +12,19 @@ static void expect(int holds, const char* sentence) {
   ++failures;
 }
 
+#if VYNLIB_VERSION_NUMBER < 10000
+#error "the preprocessor can compare versions"
+#endif
+
+static void version(void) {
+  char parts[32];
+  sprintf(parts, "%d.%d.%d", VYNLIB_VERSION_MAJOR, VYNLIB_VERSION_MINOR, VYNLIB_VERSION_PATCH);
+  expect(strcmp(VYNLIB_VERSION, PROJECT_VERSION) == 0, "the header has the version of the project");
+  expect(strcmp(parts, PROJECT_VERSION) == 0, "and so have its parts");
+  expect(VYNLIB_VERSION_NUMBER / 10000 == VYNLIB_VERSION_MAJOR, "the number begins with the major version");
+  expect(VYNLIB_VERSION_NUMBER % 100 == VYNLIB_VERSION_PATCH, "and ends with the patch");
+}
+
 static void without_a_start(void) {
   uint8_t state = 0x5A;
   expect(VynLibDllGetLastError() == VYNLIB_OK, "there is no code at first");
@@ -46,6 +59,7 @@ static void codes(void) {
 }
 
 int main(void) {
+  version();
   without_a_start();
   expect(VynLibDllInit() == 1, "the library starts");
   expect(VynLibTableSupported(VYNLIB_PERFORM) == 1, "both tables are there");
