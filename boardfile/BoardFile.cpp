@@ -23,10 +23,6 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-std::string ErrorLine(const std::string& name, unsigned line, const std::string& what) {
-  return OneLine(name + ":" + std::to_string(line) + ": " + what);
-}
-
 void CheckDots(std::string_view text) {
   unsigned number = 1;
   while (!text.empty()) {
@@ -35,7 +31,7 @@ void CheckDots(std::string_view text) {
     const size_t first = line.find_first_not_of(" \t");
     const bool comment = first != line.npos && line[first] == '#';
     if (!comment && std::count(line.begin(), line.end(), '.') > kDotLimit)
-      throw BoardFileError(number, "expected at most 24 dots in one line");
+      throw BoardFileError(Spot{.line = number}, "expected at most 24 dots in one line");
     if (end == text.npos) return;
     text.remove_prefix(end + 1);
     ++number;
@@ -43,40 +39,47 @@ void CheckDots(std::string_view text) {
 }
 
 TomlSection ReadRoot(std::string_view text, const std::string& name) {
-  if (text.size() > kBoardFileLimit) throw BoardFileError(1, "expected a file of at most 4 MiB");
+  if (text.size() > kBoardFileLimit) throw BoardFileError(Spot{}, "expected a file of at most 4 MiB");
   CheckDots(text);
   return TomlSection::Parse(text, name, "the board file");
 }
 
-void Read(std::string_view text, const std::string& name, LoadedBoard* loaded) {
-  TomlSection root = ReadRoot(text, name);
+void Read(TomlSection* root, LoadedBoard* loaded) {
   auto board = std::make_unique<sim::Board>();
   board->logging = false;
-  loaded->firmware = ReadFirmware(&root);
-  ReadMachine(&root, board.get());
+  loaded->firmware = ReadFirmware(root);
+  ReadMachine(root, board.get());
   loaded->firmware.PutInto(board.get());
-  root.Finish();
   loaded->board = std::move(board);
 }
 
-void Read(std::string_view text, const std::string& name, CompiledFirmware* compiled) {
-  TomlSection root = ReadRoot(text, name);
-  Firmware firmware = ReadFirmware(&root);
-  for (const char* section : kMachineSections) root.Skip(section);
-  root.Finish();
-  compiled->firmware = std::move(firmware);
+void Read(TomlSection* root, CompiledFirmware* compiled) {
+  compiled->firmware = ReadFirmware(root);
+  for (const char* section : kMachineSections) root->Skip(section);
+}
+
+template <typename Result>
+Result Refused(const std::string& name, std::vector<Complaint> complaints) {
+  Result result;
+  result.error = LineOf(complaints.front(), name);
+  result.complaints = std::move(complaints);
+  return result;
 }
 
 template <typename Result>
 Result ParseText(std::string_view text, const std::string& name) {
-  Result result;
   try {
-    Read(text, name, &result);
+    Result result;
+    TomlSection root = ReadRoot(text, name);
+    root.Try([&] {
+      Read(&root, &result);
+      root.Finish();
+    });
+    const std::vector<Complaint> complaints = root.Complaints();
+    return complaints.empty() ? std::move(result) : Refused<Result>(name, complaints);
   } catch (const BoardFileError& error) {
-    result = {};
-    result.error = ErrorLine(name, error.line, error.what());
+    return Refused<Result>(name, {error.complaint});
   }
-  return result;
 }
 
 template <typename Result>
@@ -84,15 +87,19 @@ Result ParseFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::string text(kBoardFileLimit + 1, '\0');
   if (!file.read(text.data(), static_cast<std::streamsize>(text.size())) && !file.eof()) {
-    Result result;
-    result.error = ErrorLine(path, 1, "expected a readable board file: " + std::string(std::strerror(errno)));
-    return result;
+    return Refused<Result>(
+        path, {{.spot = {}, .text = "expected a readable board file: " + std::string(std::strerror(errno))}});
   }
   text.resize(static_cast<size_t>(file.gcount()));
   return ParseText<Result>(text, path);
 }
 
 }  // namespace
+
+std::string LineOf(const Complaint& complaint, const std::string& name) {
+  const std::string& file = complaint.spot.file.empty() ? name : complaint.spot.file;
+  return OneLine(file + ":" + std::to_string(complaint.spot.line) + ": " + complaint.text);
+}
 
 LoadedBoard ParseBoard(std::string_view text, const std::string& name) { return ParseText<LoadedBoard>(text, name); }
 LoadedBoard LoadBoard(const std::string& path) { return ParseFile<LoadedBoard>(path); }

@@ -17,8 +17,12 @@ inline constexpr size_t kBoardFileLimit = size_t{4} << 20;
 struct LoadedBoard {
   std::unique_ptr<sim::Board> board;  ///< null when loading failed
   Firmware firmware;
-  std::string error;  ///< one line, "FILE:LINE: what was expected", when loading failed
+  std::string error;  ///< of the first complaint: one line, "FILE:LINE: what was expected", when loading failed
+  std::vector<Complaint> complaints = {};  ///< all of them, in the order of the file
 };
+
+/// "FILE:LINE: what", in one line.
+std::string LineOf(const Complaint& complaint, const std::string& name);
 
 /// Reads the board file at `path`. The board does not log.
 LoadedBoard LoadBoard(const std::string& path);
@@ -28,6 +32,7 @@ LoadedBoard ParseBoard(std::string_view text, const std::string& name);
 struct CompiledFirmware {
   std::optional<Firmware> firmware;  ///< empty when the file is wrong
   std::string error;                 ///< as of LoadedBoard
+  std::vector<Complaint> complaints = {};
 };
 
 /// Reads the firmware part alone; what the machine's sections hold is not looked at.

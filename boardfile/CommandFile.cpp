@@ -37,9 +37,11 @@ Command ReadPci(TomlSection* section) {
 Command ReadMsr(TomlSection* section) { return Command::Msr(Dword32(section, "msr")); }
 
 Command ReadDelay(TomlSection* section) {
+  if (section->Has("unit") && !section->IsList("unit"))
+    return Command::Delay(DelayUnit{Byte8(section, "unit")}, Word16(section, "delay"));
   const auto word = section->Has("unit") ? section->Text("unit", kTextLimit) : std::optional<std::string>("us");
   for (const DelayWord& row : kDelayWords)
-    if (row.word == *word) return Command::Delay(DelayUnit{row.unit}, Word16(section, "delay"));
+    if (row.word == word) return Command::Delay(DelayUnit{row.unit}, Word16(section, "delay"));
   section->Fail("unit", "\"us\", \"ms\" or \"s\"");
 }
 
@@ -66,6 +68,17 @@ uint16_t ReadWords(TomlSection* section, std::string_view key, uint16_t ControlW
   return control;
 }
 
+/// Bytes that nothing reads, in their order; and the form bits of a kind that has but one form.
+void ReadUnused(TomlSection* section, const CommandLayout& layout, Command* command) {
+  const std::vector<uint8_t> offsets = UnusedBytes(layout);
+  const auto bytes = section->ByteList("unused").value_or(Bytes{});
+  if (bytes.size() > offsets.size()) section->Fail("unused", "at most " + std::to_string(offsets.size()) + " bytes");
+  for (size_t i = 0; i < bytes.size(); ++i) command->Byte(offsets[i], bytes[i]);
+  if (layout.form != 0) return;
+  if (const auto form = section->Number("form", kFormMask))
+    command->Opcode(static_cast<uint8_t>(command->Build()[0] | *form));
+}
+
 /// Sets the fields that the layout has; keys that name others stay unasked and are complained about.
 void ReadFields(TomlSection* section, const CommandLayout& layout, Command* command) {
   const auto limit = [](CommandField field) {
@@ -78,6 +91,7 @@ void ReadFields(TomlSection* section, const CommandLayout& layout, Command* comm
   if (layout.expected.bytes)
     if (const auto value = section->Number("expected", limit(layout.expected)))
       command->Expected(static_cast<uint32_t>(*value));
+  ReadUnused(section, layout, command);
   const auto index = section->Number("argument", kNoArgument);
   if (index) command->ArgumentIndex(static_cast<uint32_t>(*index));
   if (section->Flag("argument_mode", index && *index != kNoArgument)) command->AddControl(kArgumentMode);
@@ -110,38 +124,49 @@ Command ReadCommand(TomlSection* section) {
     section->Finish();
     return command;
   }
-  throw BoardFileError(section->Line(), "a command needs memory, port, index_port, smbus, pci, msr, delay, use or raw");
+  throw BoardFileError(section->Where(),
+                       "a command needs memory, port, index_port, smbus, pci, msr, delay, use or raw");
+}
+
+std::vector<std::string> NamesOf(const Sequences& sequences) {
+  std::vector<std::string> names;
+  for (const auto& [name, commands] : sequences) names.push_back(name);
+  return names;
 }
 
 /// The commands that one element of a list stands for.
 std::vector<Command> ReadElement(TomlSection* section, const Sequences& sequences) {
   if (!section->Has("use")) return {ReadCommand(section)};
-  const auto found = sequences.find(section->NeedText("use", kTextLimit));
-  if (found == sequences.end()) section->Fail("use", "the name of one of the [sequences]");
+  const std::string name = section->NeedText("use", kTextLimit);
+  const auto found = sequences.find(name);
+  if (found == sequences.end()) section->Fail("use", "the name of one of the [sequences]", name, NamesOf(sequences));
   section->Finish();
   return found->second;
 }
 
 }  // namespace
 
-std::vector<Command> ReadCommands(TomlSection* section, std::string_view key, const Sequences& sequences) {
-  std::vector<Command> commands;
+CommandList ReadCommands(TomlSection* section, std::string_view key, const Sequences& sequences) {
+  CommandList list;
   size_t size = 0;
   for (TomlSection& each : section->List(key)) {
-    for (Command& command : ReadElement(&each, sequences)) {
+    std::vector<Command> commands;
+    each.Try([&] { commands = ReadElement(&each, sequences); });
+    for (Command& command : commands) {
       size += std::max<size_t>(1, command.Build().size());
-      if (size > kListBytes) throw BoardFileError(each.Line(), "the commands of one list must fit into 64 KiB");
-      commands.push_back(std::move(command));
+      if (size > kListBytes) throw BoardFileError(each.Where(), "the commands of one list must fit into 64 KiB");
+      list.commands.push_back(std::move(command));
+      list.spots.push_back(each.Where());
     }
   }
-  return commands;
+  return list;
 }
 
 Sequences ReadSequences(TomlSection* root) {
   Sequences sequences;
   auto section = root->Sub("sequences");
   if (!section) return sequences;
-  for (const std::string& name : section->Keys()) sequences[name] = ReadCommands(&*section, name, {});
+  for (const std::string& name : section->Keys()) sequences[name] = ReadCommands(&*section, name, {}).commands;
   return sequences;
 }
 

@@ -14,7 +14,12 @@ namespace boardfile {
 using Sequences = std::map<std::string, std::vector<firmware::Command>>;
 
 Sequences ReadSequences(TomlSection* root);
+
+struct CommandList {
+  std::vector<firmware::Command> commands;
+  std::vector<Spot> spots;  ///< of each command: the element that it comes from
+};
 /// The commands listed under `key`, in order.
-std::vector<firmware::Command> ReadCommands(TomlSection* section, std::string_view key, const Sequences& sequences);
+CommandList ReadCommands(TomlSection* section, std::string_view key, const Sequences& sequences);
 
 }  // namespace boardfile

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "boardfile/BoardFile.h"
+#include "boardfile/EndlessLoop.h"
 
 namespace {
 
@@ -29,6 +30,10 @@ std::unique_ptr<sim::Board> sim::DefaultBoard() {
   if (!path || !*path) return Refused(std::string(kVariable) + " names no board file");
   boardfile::LoadedBoard loaded = boardfile::LoadBoard(path);
   if (!loaded.board) return Refused(loaded.error);
+  if (const auto endless = boardfile::FindEndlessLoop(loaded.firmware))
+    return Refused(boardfile::LineOf(*endless, path));
+  for (const boardfile::Complaint& remark : loaded.firmware.remarks)
+    std::fprintf(stderr, "%s\n", boardfile::LineOf(remark, path).c_str());
   if (IsSet(kLiveVariable)) loaded.board->live = true;
   return std::move(loaded.board);
 }

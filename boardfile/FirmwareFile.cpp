@@ -2,6 +2,7 @@
 #include "boardfile/FirmwareFile.h"
 
 #include <algorithm>
+#include <set>
 
 #include "boardfile/CommandFile.h"
 #include "firmware/AcpiTable.h"
@@ -57,19 +58,57 @@ void ReplaceHeader(TomlSection* section, Bytes* table) {
 struct VendorTable {
   Bytes bytes;
   std::optional<uint32_t> at = {};
+  std::vector<Origin> origins = {};
+  bool owned = true;  ///< the file says whose table it is
 };
 
 /// The table that `builder` holds, with what its section says of its header and place.
 template <typename Builder>
 VendorTable FinishTable(TomlSection* section, Builder* builder) {
+  const bool owned = section->Has("oem_id");
+  // Of a maker who names no table, no other name is assumed.
+  if (owned) builder->header.oemTableId.clear();
   ReadHeader(section, &builder->header);
-  VendorTable table{builder->Build(), Dword32(section, "at")};
+  VendorTable table{.bytes = builder->Build(), .at = Dword32(section, "at"), .origins = {{0, section->Where()}}};
+  table.owned = owned || section->Has("header_bytes");
   ReplaceHeader(section, &table.bytes);
   section->Finish();
   return table;
 }
 
+/// A table that does not say whose it is carries the identifiers of this program's makers.
+void RemarkOnOwner(const VendorTable& table, const char* section, std::vector<Complaint>* remarks) {
+  if (table.bytes.empty() || table.owned) return;
+  remarks->push_back({.spot = table.origins.front().spot,
+                      .text = std::string("[") + section +
+                              "] needs \"oem_id\", the name of the board's maker in up to " +
+                              "6 characters: without it the table says \"" + AcpiHeader{}.oemId + "\""});
+}
+
 // --- function description records ---
+
+/// A record, and where its parts come from, by their offsets in it.
+struct PlacedRecord {
+  Record record;
+  std::vector<Origin> origins;
+};
+
+/// Where the parts of a record's head come from.
+std::vector<Origin> HeadOrigins(const TomlSection& section, std::string_view value) {
+  const std::string_view name = section.Has("name_bytes") ? "name_bytes" : "name";
+  return {{iadt::kType, section.Where()},
+          {iadt::kIndex, section.WhereOf("index")},
+          {iadt::kValue, section.WhereOf(value)},
+          {iadt::kLength, section.WhereOf("length")},
+          {iadt::kName, section.WhereOf(name)}};
+}
+
+std::vector<std::string> FeatureNames() {
+  std::vector<std::string> names;
+  for (const RecordType& row : kRecordTypes)
+    if (!row.IsSensor()) names.emplace_back(row.name);
+  return names;
+}
 
 Record StartFeature(TomlSection* section) {
   if (const auto type = Byte8(section, "type")) {
@@ -77,7 +116,8 @@ Record StartFeature(TomlSection* section) {
     return Record::Type(*type);
   }
   const std::string function = section->NeedText("function", kTextLimit);
-  if (!FindFeature(function)) section->Fail("function", "the name of a feature (docs/board-files.md lists them)");
+  if (!FindFeature(function))
+    section->Fail("function", "the name of a feature (docs/board-files.md lists them)", function, FeatureNames());
   return Record::Feature(function);
 }
 
@@ -96,77 +136,119 @@ void ReadRecordTail(TomlSection* section, Record* record) {
   section->Finish();
 }
 
-Record ReadFeature(TomlSection* section, const Sequences& sequences) {
-  Record record = StartFeature(section);
-  ReadRecordHead(section, &record);
-  record.Value(Byte8(section, "value").value_or(0)).Commands(ReadCommands(section, "commands", sequences));
-  ReadRecordTail(section, &record);
+/// Without its key, a feature's commands and fields are looked at all the same.
+Record FeatureOrNone(TomlSection* section) {
+  Record record = Record::Type(0);
+  section->Try([&] { record = StartFeature(section); });
   return record;
 }
 
-void PlaceCommands(TomlSection* section, const RecordType& type, const Sequences& sequences, Record* record) {
-  const std::vector<Command> commands = ReadCommands(section, "commands", sequences);
+PlacedRecord ReadFeature(TomlSection* section, const Sequences& sequences) {
+  PlacedRecord placed{FeatureOrNone(section), HeadOrigins(*section, "value")};
+  ReadRecordHead(section, &placed.record);
+  const CommandList list = ReadCommands(section, "commands", sequences);
+  size_t offset = iadt::kBody;
+  for (size_t i = 0; i < list.commands.size(); ++i) {
+    placed.origins.push_back({offset, list.spots[i]});
+    offset += list.commands[i].Build().size();
+  }
+  if (section->Has("extra")) placed.origins.push_back({offset, section->WhereOf("extra")});
+  placed.record.Value(Byte8(section, "value").value_or(0)).Commands(list.commands);
+  ReadRecordTail(section, &placed.record);
+  return placed;
+}
+
+void PlaceCommands(TomlSection* section, const RecordType& type, const Sequences& sequences, PlacedRecord* placed) {
+  const auto [commands, spots] = ReadCommands(section, "commands", sequences);
   if (commands.size() > type.places.size())
     section->Fail("commands", "at most " + std::to_string(type.places.size()) + " commands");
   for (size_t i = 0; i < commands.size(); ++i)
     if (commands[i].Build().size() > type.places[i].bytes)
       section->Fail("commands", "of at most " + std::to_string(type.places[i].bytes) + " bytes each in this record");
-  record->Commands(commands);
+  for (size_t i = 0; i < commands.size(); ++i) placed->origins.push_back({type.places[i].offset, spots[i]});
+  placed->record.Commands(commands);
 }
 
-Record ReadSensor(TomlSection* section, const Sequences& sequences) {
+std::vector<std::string> Quantities() {
+  std::set<std::string> names;
+  for (const RecordType& row : kRecordTypes)
+    if (row.IsSensor()) names.emplace(row.name);
+  return {names.begin(), names.end()};
+}
+
+PlacedRecord ReadSensor(TomlSection* section, const Sequences& sequences) {
   const std::string quantity = section->NeedText("quantity", kTextLimit);
   const auto kind = static_cast<uint8_t>(section->Need("kind", kByte));
   const RecordType* type = FindSensor(quantity, kind);
   if (!type)
     section->Fail(FindSensor(quantity, 1) ? "kind" : "quantity",
-                  "voltage (1 to 3), temperature (1 to 4), fan (1 to 3) or current (1)");
-  Record record = Record::Sensor(quantity, kind);
-  ReadRecordHead(section, &record);
+                  "voltage (1 to 3), temperature (1 to 4), fan (1 to 3) or current (1)", quantity, Quantities());
+  PlacedRecord placed{Record::Sensor(quantity, kind), HeadOrigins(*section, "kind")};
+  ReadRecordHead(section, &placed.record);
   for (const RecordParameter& parameter : type->parameters)
-    if (const auto value = Byte8(section, parameter.name)) record.Parameter(parameter.name, *value);
-  PlaceCommands(section, *type, sequences, &record);
-  ReadRecordTail(section, &record);
-  return record;
+    if (const auto value = Byte8(section, parameter.name)) {
+      placed.record.Parameter(parameter.name, *value);
+      placed.origins.push_back({parameter.offset, section->WhereOf(parameter.name)});
+    }
+  PlaceCommands(section, *type, sequences, &placed);
+  ReadRecordTail(section, &placed.record);
+  std::ranges::stable_sort(placed.origins, {}, &Origin::offset);
+  return placed;
 }
 
-Record ReadRaw(TomlSection* section, const Sequences&) {
+PlacedRecord ReadRaw(TomlSection* section, const Sequences&) {
   const auto raw = section->ByteList("raw");
-  if (!raw) throw BoardFileError(section->Line(), "[[record]] needs \"raw\", the bytes of the record");
+  if (!raw) throw BoardFileError(section->Where(), "[[record]] needs \"raw\", the bytes of the record");
   section->Finish();
-  return Record::Raw(*raw);
+  return {Record::Raw(*raw), {{0, section->WhereOf("raw")}}};
 }
 
 struct RecordReader {
   std::string_view key;
-  Record (*read)(TomlSection*, const Sequences&);
+  PlacedRecord (*read)(TomlSection*, const Sequences&);
 };
 constexpr RecordReader kReaders[] = {{"feature", ReadFeature}, {"sensor", ReadSensor}, {"record", ReadRaw}};
 
-/// Records of all three kinds, in the order in which they stand in the file.
-VendorTable ReadIadt(TomlSection* root) {
-  struct Found {
-    TomlSection section;
-    const RecordReader* reader;
-  };
-  const Sequences sequences = ReadSequences(root);
-  std::vector<Found> found;
+/// A section that describes a record, and what reads it.
+struct RecordSection {
+  TomlSection section;
+  const RecordReader* reader;
+};
+
+/// Of all three kinds, in the order in which they stand in the file.
+std::vector<RecordSection> RecordSections(TomlSection* root) {
+  std::vector<RecordSection> found;
   for (const RecordReader& reader : kReaders)
     for (TomlSection& section : root->List(reader.key)) found.push_back({section, &reader});
+  std::ranges::stable_sort(found, {}, [](const RecordSection& each) { return each.section.Where(); });
+  return found;
+}
+
+VendorTable ReadIadt(TomlSection* root) {
+  const Sequences sequences = ReadSequences(root);
+  std::vector<RecordSection> found = RecordSections(root);
   auto own = root->Sub("iadt");
   if (found.empty() && !own) return {};
-  std::stable_sort(found.begin(), found.end(),
-                   [](const Found& a, const Found& b) { return a.section.Position() < b.section.Position(); });
   IadtBuilder builder;
+  std::vector<Origin> origins;
   size_t size = 0;
-  for (Found& each : found) {
-    const Record record = each.reader->read(&each.section, sequences);
-    size += record.Build().size();
-    if (size > kTableLimit) throw BoardFileError(each.section.Line(), "the records must fit into 16 MiB");
-    builder.Add(record);
+  for (RecordSection& each : found) {
+    each.section.Try([&] {
+      const PlacedRecord placed = each.reader->read(&each.section, sequences);
+      for (const Origin& origin : placed.origins)
+        origins.push_back({acpi::kHeaderBytes + size + origin.offset, origin.spot});
+      size += placed.record.Build().size();
+      builder.Add(placed.record);
+    });
+    if (size > kTableLimit) throw BoardFileError(each.section.Where(), "the records must fit into 16 MiB");
   }
-  if (!own) return {builder.Build()};
-  return FinishTable(&*own, &builder);
+  VendorTable table{.bytes = {}, .at = {}, .origins = {{0, Spot{}}}, .owned = false};
+  if (own)
+    table = FinishTable(&*own, &builder);
+  else
+    table.bytes = builder.Build();
+  table.origins.insert(table.origins.end(), origins.begin(), origins.end());
+  return table;
 }
 
 // --- board information table ---
@@ -203,9 +285,24 @@ VendorTable ReadIamt(TomlSection* root) {
   if (!section) return {};
   IamtBuilder builder;
   const std::vector<uint64_t> chips = ReadChips(&*section);
-  if (!chips.empty()) builder.Chips(ChipOf(chips, 0), ChipOf(chips, 1), ChipOf(chips, 2));
-  for (TomlSection& record : section->List("record")) builder.Add(ReadBoardRecord(&record));
-  return FinishTable(&*section, &builder);
+  std::vector<Origin> origins;
+  size_t size = iamt::kRecords;
+  if (!chips.empty()) {
+    origins.push_back({size, section->WhereOf("chips")});
+    size += iamt::kBoardRecordBytes;
+    builder.Chips(ChipOf(chips, 0), ChipOf(chips, 1), ChipOf(chips, 2));
+  }
+  for (TomlSection& record : section->List("record")) {
+    record.Try([&] {
+      const Bytes bytes = ReadBoardRecord(&record);
+      origins.push_back({size, record.Where()});
+      size += bytes.size();
+      builder.Add(bytes);
+    });
+  }
+  VendorTable table = FinishTable(&*section, &builder);
+  table.origins.insert(table.origins.end(), origins.begin(), origins.end());
+  return table;
 }
 
 // --- BIOS information record ---
@@ -213,6 +310,7 @@ VendorTable ReadIamt(TomlSection* root) {
 void ReadBios(TomlSection* root, Firmware* firmware) {
   auto section = root->Sub("bios");
   if (!section) return;
+  firmware->biosInfoOrigins = {{0, section->Where()}};
   firmware->biosInfoAddress = Dword32(&*section, "at").value_or(kBiosInfoAddress);
   if (const auto raw = section->ByteList("raw")) {
     firmware->biosInfo = *raw;
@@ -303,9 +401,18 @@ std::optional<AcpiImage> ReadAcpi(TomlSection* root, const VendorTable& iamt, co
 }  // namespace
 
 Firmware ReadFirmware(TomlSection* root) {
-  const VendorTable iadt = ReadIadt(root), iamt = ReadIamt(root);
-  Firmware firmware{.iadt = iadt.bytes, .iamt = iamt.bytes, .biosInfo = {}, .acpi = ReadAcpi(root, iamt, iadt)};
-  ReadBios(root, &firmware);
+  VendorTable iadt, iamt;
+  root->Try([&] { iadt = ReadIadt(root); });
+  root->Try([&] { iamt = ReadIamt(root); });
+  Firmware firmware{.iadt = iadt.bytes,
+                    .iamt = iamt.bytes,
+                    .biosInfo = {},
+                    .iadtOrigins = iadt.origins,
+                    .iamtOrigins = iamt.origins,
+                    .acpi = ReadAcpi(root, iamt, iadt)};
+  RemarkOnOwner(iadt, "iadt", &firmware.remarks);
+  RemarkOnOwner(iamt, "iamt", &firmware.remarks);
+  root->Try([&] { ReadBios(root, &firmware); });
   return firmware;
 }
 

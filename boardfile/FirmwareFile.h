@@ -11,9 +11,18 @@
 
 namespace boardfile {
 
+/// What the bytes of a table from an offset on come from.
+struct Origin {
+  size_t offset;
+  Spot spot;
+};
+
 /// A table that the file does not mention is empty.
 struct Firmware {
   firmware::Bytes iadt, iamt, biosInfo;  ///< what vyntable writes
+  /// By offset, from 0 on where there is a table.
+  std::vector<Origin> iadtOrigins = {}, iamtOrigins = {}, biosInfoOrigins = {};
+  std::vector<Complaint> remarks = {};  ///< what should be said of a file that is right
   uint32_t biosInfoAddress = 0;
   std::optional<firmware::AcpiImage> acpi;  ///< root pointer and all tables; empty when the board has none
 

@@ -2,6 +2,7 @@
 #include "boardfile/FirmwareText.h"
 
 #include <algorithm>
+#include <span>
 
 #include <fmt/format.h>
 
@@ -47,6 +48,12 @@ View Trimmed(View bytes) {
 
 // --- commands ---
 
+std::string UnitText(uint64_t unit) {
+  for (const DelayWord& word : kDelayWords)
+    if (word.unit == unit) return fmt::format("\"{}\"", word.word);
+  return fmt::format("{}", unit);
+}
+
 std::string KeyText(const CommandView& c) {
   const CommandLayout& row = *c.layout;
   const uint64_t address = c.Field(row.address), second = c.Field(row.second), third = c.Field(row.third);
@@ -66,10 +73,8 @@ std::string KeyText(const CommandView& c) {
     default:
       break;
   }
-  std::string_view unit = "us";
-  for (const DelayWord& word : kDelayWords)
-    if (word.unit == c.Field(row.unit)) unit = word.word;
-  return fmt::format("delay = {}, unit = \"{}\"", c.Field(row.count), unit);
+  const std::string form = FormOf(c.Opcode()) ? fmt::format(", form = {}", FormOf(c.Opcode())) : "";
+  return fmt::format("delay = {}, unit = {}{}", c.Field(row.count), UnitText(c.Field(row.unit)), form);
 }
 
 std::string ControlText(std::string_view key, uint16_t control, uint16_t ControlWord::*bits) {
@@ -95,27 +100,46 @@ std::string ArgumentText(const CommandView& c) {
   return text;
 }
 
+std::string UnusedText(const CommandView& c) {
+  Bytes bytes;
+  for (const uint8_t offset : UnusedBytes(*c.layout)) bytes.push_back(c.bytes[offset]);
+  const View used = Trimmed(bytes);
+  return used.empty() ? "" : fmt::format(", unused = \"{}\"", Hex(used));
+}
+
+/// Both directions in words, or the whole control word where it has more bits than words stand for.
+std::string BothDirections(const CommandView& c) {
+  if (c.Control() & ~kNamedControl) return fmt::format(", control = {:#x}", c.Control());
+  return ControlText("get", c.Control(), &ControlWord::get) + ControlText("set", c.Control(), &ControlWord::set);
+}
+
 std::string FieldsText(const CommandView& c) {
   const unsigned width = WidthOf(c.Opcode());
-  return KeyText(c) + (width == 1 ? "" : fmt::format(", width = {}", width)) +
-         ControlText("get", c.Control(), &ControlWord::get) + ControlText("set", c.Control(), &ControlWord::set) +
+  return KeyText(c) + (width == 1 ? "" : fmt::format(", width = {}", width)) + BothDirections(c) +
          NumberText("and", c, c.layout->andMask) + NumberText("or", c, c.layout->orMask) +
-         NumberText("expected", c, c.layout->expected) + ArgumentText(c);
+         NumberText("expected", c, c.layout->expected) + ArgumentText(c) + UnusedText(c);
+}
+
+std::string RawCommand(const CommandView& c) { return fmt::format("{{ raw = \"{}\" }}", Hex(c.bytes)); }
+
+/// By fields, whatever these give.
+std::string HopefulCommand(const CommandView& c) {
+  return c.layout ? fmt::format("{{ {} }}", FieldsText(c)) : RawCommand(c);
 }
 
 /// By fields where these give exactly the bytes, else as bytes.
-std::string CommandText(const CommandView& c) {
-  const std::string raw = fmt::format("{{ raw = \"{}\" }}", Hex(c.bytes));
-  if (!c.layout) return raw;
-  const std::string fields = fmt::format("{{ {} }}", FieldsText(c));
-  const Bytes record = RecordBytes("[[feature]]\ntype = 1\ncommands = [" + fields + "]\n");
+std::string ExactCommand(const CommandView& c) {
+  const std::string text = HopefulCommand(c);
+  const Bytes record = RecordBytes("[[feature]]\ntype = 1\ncommands = [" + text + "]\n");
   const bool same = record.size() > iadt::kBody && Same(View(record).subspan(iadt::kBody), c.bytes);
-  return same ? fields : raw;
+  return same ? text : RawCommand(c);
 }
 
-std::string CommandsText(const std::vector<CommandView>& commands) {
+using CommandWriter = std::string (*)(const CommandView&);
+
+std::string CommandsText(const std::vector<CommandView>& commands, CommandWriter write) {
   std::string text;
-  for (const CommandView& command : commands) text += "  " + CommandText(command) + ",\n";
+  for (const CommandView& command : commands) text += "  " + write(command) + ",\n";
   return text.empty() ? "" : "commands = [\n" + text + "]\n";
 }
 
@@ -131,15 +155,15 @@ std::string IndexLine(const RecordView& record) {
   return record.Index() ? fmt::format("index = {}\n", record.Index()) : "";
 }
 
-std::string FeatureText(const RecordView& record) {
+std::string FeatureText(const RecordView& record, CommandWriter write) {
   const RecordType* row = record.Row();
   const std::string type =
       row ? fmt::format("function = \"{}\"\n", row->name) : fmt::format("type = {}\n", record.Type());
   return "[[feature]]\n" + type + IndexLine(record) + fmt::format("value = {}\n", record.Value()) + NameLine(record) +
-         CommandsText(Commands(record));
+         CommandsText(Commands(record), write);
 }
 
-std::string SensorText(const RecordView& record, const RecordType& type) {
+std::string SensorText(const RecordView& record, const RecordType& type, CommandWriter write) {
   const View bytes = record.Bytes();
   std::string text = fmt::format("[[sensor]]\nquantity = \"{}\"\nkind = {}\n", type.name, type.subType);
   text += IndexLine(record) + NameLine(record);
@@ -148,17 +172,37 @@ std::string SensorText(const RecordView& record, const RecordType& type) {
       text += fmt::format("{} = {}\n", parameter.name, value);
   std::vector<CommandView> commands = SensorCommands(record);
   while (!commands.empty() && Trimmed(commands.back().bytes).empty()) commands.pop_back();
-  text += CommandsText(commands);
+  text += CommandsText(commands, write);
   if (bytes.size() > type.bytes) text += fmt::format("extra = \"{}\"\n", Hex(bytes.subspan(type.bytes)));
   return text;
 }
 
 std::string RawText(View bytes) { return fmt::format("[[record]]\nraw = \"{}\"\n", Hex(bytes)); }
 
-std::string RecordText(const RecordView& record) {
+std::string RecordText(const RecordView& record, CommandWriter write) {
   const RecordType* type = record.Row();
-  const std::string text = type && type->IsSensor() ? SensorText(record, *type) : FeatureText(record);
+  return type && type->IsSensor() ? SensorText(record, *type, write) : FeatureText(record, write);
+}
+
+std::string ExactRecord(const RecordView& record) {
+  const std::string text = RecordText(record, ExactCommand);
   return Same(RecordBytes(text), record.Bytes()) ? text : RawText(record.Bytes());
+}
+
+/// The text of records in a row. Compiling takes most of the time, so it is done for as many records as possible at
+/// once: where that does not bring their bytes back, each half is tried.
+std::string RecordsText(std::span<const RecordView> records) {
+  if (records.empty()) return "";
+  std::string text;
+  size_t size = 0;
+  for (const RecordView& record : records) {
+    text += "\n" + RecordText(record, HopefulCommand);
+    size += record.length;
+  }
+  if (Same(RecordBytes(text), records.front().rest.first(size))) return text;
+  if (records.size() == 1) return "\n" + ExactRecord(records.front());
+  const size_t half = records.size() / 2;
+  return RecordsText(records.first(half)) + RecordsText(records.subspan(half));
 }
 
 // --- tables ---
@@ -184,12 +228,19 @@ std::string HeaderFields(View table) {
 }
 
 /// `[iadt]` or `[iamt]`; records follow. `bytes` picks the compiled table.
-std::string HeaderText(View table, std::string_view section, const std::string& records, Bytes Firmware::*bytes) {
+std::string HeaderText(View table, std::string_view section, Bytes Firmware::*bytes) {
   const std::string fields = fmt::format("[{}]\n", section) + HeaderFields(table);
+  const View header = table.first(acpi::kHeaderBytes);
+  // What is worked out from the records is right when they are.
+  std::string whole = fields;
+  if (fields.find("\nlength = ") == fields.npos)
+    whole += fmt::format("length = {}\n", Load(table, acpi::kLengthOffset, 4));
+  if (fields.find("\nchecksum = ") == fields.npos)
+    whole += fmt::format("checksum = {}\n", table[acpi::kChecksumOffset]);
   const bool plain = IsPlainText(Trimmed(OemId(table))) && IsPlainText(Trimmed(OemTableId(table))) &&
                      IsPlainText(Trimmed(CreatorId(table)));
-  if (plain && Same(Compiled(fields + records).*bytes, table)) return fields;
-  return fmt::format("[{}]\nheader_bytes = \"{}\"\n", section, Hex(table.first(acpi::kHeaderBytes)));
+  if (plain && Same(Compiled(whole).*bytes, header)) return fields;
+  return fmt::format("[{}]\nheader_bytes = \"{}\"\n", section, Hex(header));
 }
 
 std::string BoardRecordText(View record) {
@@ -207,12 +258,13 @@ std::string BoardRecordText(View record) {
 }  // namespace
 
 std::string IadtText(View iadt) {
-  std::string records;
+  std::vector<RecordView> records;
   RecordCursor cursor(Covered(iadt));
-  for (; cursor.Valid(); cursor.Next()) records += "\n" + RecordText(cursor.Current());
+  for (; cursor.Valid(); cursor.Next()) records.push_back(cursor.Current());
+  std::string text = HeaderText(iadt, "iadt", &Firmware::iadt) + RecordsText(records);
   const View rest = iadt.subspan(cursor.Offset());
-  if (!rest.empty()) records += "\n# The library's walk ends here.\n" + RawText(rest);
-  return HeaderText(iadt, "iadt", records, &Firmware::iadt) + records;
+  if (!rest.empty()) text += "\n# The library's walk ends here.\n" + RawText(rest);
+  return text;
 }
 
 std::string IamtText(View iamt) {
@@ -223,7 +275,7 @@ std::string IamtText(View iamt) {
   const View rest = iamt.subspan(cursor.Offset());
   if (!rest.empty())
     records += fmt::format("\n# The library's walk ends here.\n[[iamt.record]]\nraw = \"{}\"\n", Hex(rest));
-  return HeaderText(iamt, "iamt", records, &Firmware::iamt) + records;
+  return HeaderText(iamt, "iamt", &Firmware::iamt) + records;
 }
 
 std::string BiosInfoText(View record) {

@@ -39,7 +39,7 @@ void ReadRegisters(TomlSection* section, std::string_view key, uint64_t last, co
   for (const std::string& name : table->Keys()) {
     const auto first = ParseNumber(name);
     if (!first || *first > last)
-      throw BoardFileError(table->LineOf(name),
+      throw BoardFileError(table->WhereOf(name),
                            "\"" + name + "\" is not a register number up to " + std::to_string(last));
     const auto bytes =
         table->IsList(name) ? *table->ByteList(name) : Bytes{static_cast<uint8_t>(table->Need(name, kByte))};
@@ -79,7 +79,7 @@ void ReadMemory(TomlSection* root, Board* board) {
     const uint64_t at = section.Need("at", ~uint64_t{0});
     const Bytes bytes = ReadContent(&section, "size", kMemoryLimit);
     total += bytes.size();
-    if (total > kMemoryLimit) throw BoardFileError(section.Line(), "all [[memory]] together is at most 16 MiB");
+    if (total > kMemoryLimit) throw BoardFileError(section.Where(), "all [[memory]] together is at most 16 MiB");
     board->Memory(at, bytes);
     section.Finish();
   }
@@ -213,15 +213,15 @@ void ReadChips(TomlSection* root, Board* board, const Names& names) {
 
 void ReadMachine(TomlSection* root, Board* board) {
   Names names;
-  ReadBoard(root, board);
-  ReadMemory(root, board);
-  ReadPorts(root, board);
-  ReadIndexData(root, board, &names);
-  ReadSuperIo(root, board, &names);
-  ReadPci(root, board);
-  ReadMsrs(root, board);
-  ReadSmbus(root, board, &names);
-  ReadChips(root, board, names);
+  root->Try([&] { ReadBoard(root, board); });
+  root->Try([&] { ReadMemory(root, board); });
+  root->Try([&] { ReadPorts(root, board); });
+  root->Try([&] { ReadIndexData(root, board, &names); });
+  root->Try([&] { ReadSuperIo(root, board, &names); });
+  root->Try([&] { ReadPci(root, board); });
+  root->Try([&] { ReadMsrs(root, board); });
+  root->Try([&] { ReadSmbus(root, board, &names); });
+  root->Try([&] { ReadChips(root, board, names); });
 }
 
 }  // namespace boardfile

@@ -15,7 +15,13 @@ namespace {
 
 constexpr size_t kListLimit = size_t{1} << 20;
 
-unsigned LineOfNode(const toml::node& node) { return static_cast<unsigned>(node.source().begin.line); }
+/// Whole texts and tables that headers imply have no place of their own: they begin where the text does.
+Spot SpotOf(const toml::source_region& source) {
+  return {.file = source.path ? *source.path : "",
+          .line = std::max(1u, static_cast<unsigned>(source.begin.line)),
+          .column = std::max(1u, static_cast<unsigned>(source.begin.column))};
+}
+Spot SpotOf(const toml::node& node) { return SpotOf(node.source()); }
 
 int HexDigit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
@@ -67,8 +73,14 @@ std::optional<Bytes> ParseHex(std::string_view text) {
 }
 
 struct TomlSection::Content {
-  Content(std::shared_ptr<const toml::table> text, const toml::table& part, std::string what)
-      : whole(std::move(text)), table(part), name(std::move(what)), line(std::max(1u, LineOfNode(part))) {}
+  /// What all sections of one text share.
+  struct Whole {
+    toml::table table;
+    std::vector<Complaint> complaints = {};
+  };
+
+  Content(std::shared_ptr<Whole> text, const toml::table& part, std::string what)
+      : whole(std::move(text)), table(part), name(std::move(what)) {}
 
   const toml::node* Ask(std::string_view key) {
     asked.emplace(key);
@@ -78,31 +90,30 @@ struct TomlSection::Content {
     return TomlSection(std::make_shared<Content>(whole, part, std::move(what)));
   }
 
-  std::shared_ptr<const toml::table> whole;  ///< lives as long as any of its parts
+  std::shared_ptr<Whole> whole;  ///< lives as long as any of its parts
   const toml::table& table;
   std::string name;
-  unsigned line;
   std::set<std::string, std::less<>> asked;
 };
 
 TomlSection TomlSection::Parse(std::string_view text, std::string_view source, std::string name) {
   try {
-    const auto whole = std::make_shared<const toml::table>(toml::parse(text, source));
-    return TomlSection(std::make_shared<Content>(whole, *whole, std::move(name)));
+    const auto whole = std::make_shared<Content::Whole>(toml::parse(text, source));
+    return TomlSection(std::make_shared<Content>(whole, whole->table, std::move(name)));
   } catch (const toml::parse_error& error) {
-    throw BoardFileError(static_cast<unsigned>(error.source().begin.line), std::string(error.description()));
+    throw BoardFileError(SpotOf(error.source()), std::string(error.description()));
   }
 }
 
 void TomlSection::Skip(std::string_view key) { content_->Ask(key); }
 
-unsigned TomlSection::Line() const { return content_->line; }
+Spot TomlSection::Where() const { return SpotOf(content_->table); }
 
 bool TomlSection::Has(std::string_view key) const { return content_->table.contains(key); }
 
-unsigned TomlSection::LineOf(std::string_view key) const {
+Spot TomlSection::WhereOf(std::string_view key) const {
   const toml::node* node = content_->table.get(key);
-  return node && LineOfNode(*node) ? LineOfNode(*node) : content_->line;
+  return node && node->source().begin ? SpotOf(*node) : Where();
 }
 
 bool TomlSection::IsList(std::string_view key) const {
@@ -110,15 +121,31 @@ bool TomlSection::IsList(std::string_view key) const {
   return node && !node->is_integer();
 }
 
-void TomlSection::Fail(std::string_view key, const std::string& expected) const {
-  throw BoardFileError(LineOf(key), "\"" + std::string(key) + "\" of " + content_->name + " must be " + expected);
+void TomlSection::Fail(std::string_view key, const std::string& expected) const { Fail(key, expected, "", {}); }
+
+void TomlSection::Fail(std::string_view key, const std::string& expected, std::string word,
+                       std::vector<std::string> candidates) const {
+  throw BoardFileError({.spot = WhereOf(key),
+                        .text = "\"" + std::string(key) + "\" of " + content_->name + " must be " + expected,
+                        .word = std::move(word),
+                        .candidates = std::move(candidates)});
+}
+
+void TomlSection::Complain(Complaint complaint) const { content_->whole->complaints.push_back(std::move(complaint)); }
+
+std::vector<Complaint> TomlSection::Complaints() const {
+  std::vector<Complaint> complaints = content_->whole->complaints;
+  std::ranges::stable_sort(complaints, {}, &Complaint::spot);
+  const auto again = std::ranges::unique(complaints, {}, &Complaint::spot);
+  complaints.erase(again.begin(), again.end());
+  return complaints;
 }
 
 std::optional<uint64_t> TomlSection::Number(std::string_view key, uint64_t max) {
   const toml::node* node = content_->Ask(key);
   if (!node) return std::nullopt;
   const auto value = NumberOf(*node, max);
-  if (!value) Fail(key, UpTo(max));
+  if (!value) Try([&] { Fail(key, UpTo(max)); });
   return value;
 }
 
@@ -127,31 +154,30 @@ uint64_t TomlSection::Number(std::string_view key, uint64_t max, uint64_t otherw
 }
 
 uint64_t TomlSection::Need(std::string_view key, uint64_t max) {
-  const auto value = Number(key, max);
-  if (!value)
-    throw BoardFileError(content_->line, content_->name + " needs \"" + std::string(key) + "\", " + UpTo(max));
-  return *value;
+  if (!Has(key)) throw BoardFileError(Where(), content_->name + " needs \"" + std::string(key) + "\", " + UpTo(max));
+  return Number(key, max, 0);
 }
 
 bool TomlSection::Flag(std::string_view key, bool otherwise) {
   const toml::node* node = content_->Ask(key);
   if (!node) return otherwise;
-  if (!node->is_boolean()) Fail(key, "true or false");
-  return node->as_boolean()->get();
+  if (!node->is_boolean()) Try([&] { Fail(key, "true or false"); });
+  return node->value<bool>().value_or(otherwise);
 }
 
 std::optional<std::string> TomlSection::Text(std::string_view key, size_t maxLength) {
   const toml::node* node = content_->Ask(key);
   if (!node) return std::nullopt;
   const auto* text = node->as_string();
-  if (!text || text->get().size() > maxLength)
-    Fail(key, "text of at most " + std::to_string(maxLength) + " characters");
-  return text->get();
+  if (text && text->get().size() <= maxLength) return text->get();
+  Try([&] { Fail(key, "text of at most " + std::to_string(maxLength) + " characters"); });
+  return std::nullopt;
 }
 
 std::string TomlSection::NeedText(std::string_view key, size_t maxLength) {
   const auto text = Text(key, maxLength);
-  if (!text) throw BoardFileError(content_->line, content_->name + " needs \"" + std::string(key) + "\", a text");
+  if (!Has(key)) throw BoardFileError(Where(), content_->name + " needs \"" + std::string(key) + "\", a text");
+  if (!text) throw BoardFileError(WhereOf(key), "");  // complained about already
   return *text;
 }
 
@@ -177,9 +203,10 @@ std::vector<uint64_t> TomlSection::Numbers(std::string_view key, uint64_t max) {
   for (const toml::node& element : *list) {
     const auto value = NumberOf(element, max);
     if (!value)
-      throw BoardFileError(LineOfNode(element), "\"" + std::string(key) + "\" of " + content_->name + " must hold " +
-                                                    UpTo(max) + " in each place");
-    values.push_back(*value);
+      Complain(
+          {.spot = SpotOf(element),
+           .text = "\"" + std::string(key) + "\" of " + content_->name + " must hold " + UpTo(max) + " in each place"});
+    values.push_back(value.value_or(0));
   }
   return values;
 }
@@ -198,7 +225,7 @@ std::vector<TomlSection> TomlSection::List(std::string_view key) {
   const auto* list = node->as_array();
   if (!list || list->size() > kListLimit) Fail(key, "a list of tables");
   for (const toml::node& element : *list) {
-    if (!element.is_table()) throw BoardFileError(LineOfNode(element), "\"" + std::string(key) + "\" must hold tables");
+    if (!element.is_table()) throw BoardFileError(SpotOf(element), "\"" + std::string(key) + "\" must hold tables");
     sections.push_back(content_->Part(*element.as_table(), "[[" + std::string(key) + "]]"));
   }
   return sections;
@@ -212,15 +239,13 @@ std::vector<std::string> TomlSection::Keys() {
 }
 
 void TomlSection::Finish() const {
+  const std::vector<std::string> known(content_->asked.begin(), content_->asked.end());
   for (const auto& [key, value] : content_->table)
-    if (!content_->asked.contains(key.str()))
-      throw BoardFileError(std::max(content_->line, LineOfNode(value)),
-                           "\"" + std::string(key.str()) + "\" is not a key of " + content_->name);
-}
-
-std::pair<unsigned, unsigned> TomlSection::Position() const {
-  const auto& begin = content_->table.source().begin;
-  return {static_cast<unsigned>(begin.line), static_cast<unsigned>(begin.column)};
+    if (const std::string word(key.str()); !content_->asked.contains(word))
+      Complain({.spot = std::max(Where(), SpotOf(key.source())),
+                .text = "\"" + word + "\" is not a key of " + content_->name,
+                .word = word,
+                .candidates = known});
 }
 
 }  // namespace boardfile

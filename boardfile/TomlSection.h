@@ -1,4 +1,4 @@
-/// Reads the values of one TOML table with the checks that board files need: every complaint names the line, and what
+/// Reads the values of one TOML table with the checks that board files need: every complaint names its place, and what
 /// nobody asked for is an error.
 #pragma once
 
@@ -14,10 +14,27 @@
 
 namespace boardfile {
 
+/// A place in a text, counted from 1.
+struct Spot {
+  std::string file = {};
+  unsigned line = 1, column = 1;
+
+  friend auto operator<=>(const Spot&, const Spot&) = default;
+};
+
 /// What is wrong with a board file, and where.
+struct Complaint {
+  Spot spot;
+  std::string text;
+  std::string word = {};                     ///< what stands there in place of one of the candidates
+  std::vector<std::string> candidates = {};  ///< none where any word may stand
+};
+
+/// A complaint that ends the reading of what it is about.
 struct BoardFileError : std::runtime_error {
-  BoardFileError(unsigned lineNumber, const std::string& text) : std::runtime_error(text), line(lineNumber) {}
-  unsigned line;
+  explicit BoardFileError(Complaint why) : std::runtime_error(why.text), complaint(std::move(why)) {}
+  BoardFileError(Spot spot, std::string text) : BoardFileError(Complaint{std::move(spot), std::move(text)}) {}
+  Complaint complaint;
 };
 
 /// "0x2E", "46" or a TOML integer; nothing when it is not a number from 0 to 2^64 - 1.
@@ -25,20 +42,37 @@ std::optional<uint64_t> ParseNumber(std::string_view text);
 /// "06 A0 00" or "06a000"; nothing when it is not pairs of hexadecimal digits.
 std::optional<firmware::Bytes> ParseHex(std::string_view text);
 
-/// Copies are the same section.
+/// Copies are the same section. A value that is wrong is complained about once, and counts as absent from then on.
 class TomlSection {
  public:
   /// The whole of a TOML text, from the file `source`; `name` is how complaints call it.
   /// @throws BoardFileError when it is no TOML
   static TomlSection Parse(std::string_view text, std::string_view source, std::string name);
 
-  unsigned Line() const;
+  Spot Where() const;
   /// Of a key's value; the section's own when the key is absent.
-  unsigned LineOf(std::string_view key) const;
+  Spot WhereOf(std::string_view key) const;
   bool Has(std::string_view key) const;
   /// Whether the key's value is something for ByteList and not a single number.
   bool IsList(std::string_view key) const;
   [[noreturn]] void Fail(std::string_view key, const std::string& expected) const;
+  /// The same where the value is `word` and should be one of `candidates`.
+  [[noreturn]] void Fail(std::string_view key, const std::string& expected, std::string word,
+                         std::vector<std::string> candidates) const;
+
+  /// Notes a complaint; reading goes on.
+  void Complain(Complaint complaint) const;
+  /// All that was complained about in the whole text, in its order, one of each place.
+  std::vector<Complaint> Complaints() const;
+  /// Does something that may throw BoardFileError, which is noted: what comes behind is read all the same.
+  template <typename Action>
+  void Try(Action action) const {
+    try {
+      action();
+    } catch (const BoardFileError& error) {
+      Complain(error.complaint);
+    }
+  }
 
   /// Leaves a key to somebody else: it counts as asked for.
   void Skip(std::string_view key);
@@ -58,11 +92,8 @@ class TomlSection {
   /// All keys, for sections whose keys are data; they all count as asked for.
   std::vector<std::string> Keys();
 
-  /// Complains about the first key that nobody asked for.
+  /// Complains about every key that nobody asked for.
   void Finish() const;
-
-  /// Position in the file, for keeping the order of the text.
-  std::pair<unsigned, unsigned> Position() const;
 
  private:
   /// The parsed table; the source alone knows the parser.

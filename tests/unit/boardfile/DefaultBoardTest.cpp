@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <string>
 
 #include "hw/Platform.h"
 #include "sim/Board.h"
@@ -40,6 +42,38 @@ TEST_F(DefaultBoard, IsUnprivilegedWithOneLineWhenTheFileIsBroken) {
   EXPECT_EQ(platform::In8(0x80), 0xFF);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "/nonexistent/b.toml:1: expected a readable board file: No such file or directory\n");
+}
+
+/// The same with a file of this content in the place of a board's.
+std::string Complaint(const std::string& text) {
+  const std::string file = testing::TempDir() + "default-board.toml";
+  std::ofstream(file) << text;
+  setenv("VYNLIB_BOARD", file.c_str(), 1);
+  sim::Board::MakeCurrent(nullptr);
+  testing::internal::CaptureStderr();
+  const int refused = platform::SetIoPrivilegeLevel(3);
+  const std::string said = testing::internal::GetCapturedStderr();
+  const size_t name = said.rfind(file, 0) == 0 ? file.size() : 0;
+  return (refused != 0 ? "refused" : "taken") + said.substr(name);
+}
+
+TEST_F(DefaultBoard, IsRefusedWhereACallWouldNeverEnd) {
+  const std::string feature = "[iadt]\noem_id = \"ACME\"\n[[feature]]\nfunction = \"BTState\"\ncommands = [\n";
+  EXPECT_EQ(
+      Complaint(feature + "  { port = 0x80, set = \"write\" },\n  { port = 0x80, opcode = 0x07 },\n]\n"),
+      "refused:7: expected a command that ends: this one is run for ever, for its addressing form does not fit its "
+      "kind\n");
+  // One that reads fails, and one with too few bytes is not run.
+  EXPECT_EQ(Complaint(feature + "  { port = 0x80, get = \"read\", set = \"read\", opcode = 0x07 },\n]\n"), "taken");
+  EXPECT_EQ(Complaint(feature + "  { raw = \"00 00 00\" },\n]\n"), "taken");
+}
+
+TEST_F(DefaultBoard, SaysWhenATableIsInTheNameOfAnother) {
+  EXPECT_EQ(Complaint("[bios]\nmodel = \"M\"\n"), "taken");
+  EXPECT_EQ(
+      Complaint("[iadt]\n"),
+      "taken:1: [iadt] needs \"oem_id\", the name of the board's maker in up to 6 characters: without it the table "
+      "says \"VYNMAR\"\n");
 }
 
 TEST_F(DefaultBoard, IsUnprivilegedWithOneLineWithoutAFile) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <random>
 
 #include "boardfile/BoardFile.h"
@@ -95,6 +96,34 @@ TEST(IadtAsText, CompilesBackToTheSameBytes) {
     const Bytes table = c.table.Build();
     EXPECT_EQ(Compile(IadtText(table)).iadt, table);
   }
+}
+
+TEST(IadtAsText, HasKeysForBytesThatNothingReads) {
+  const auto text = [](const Command& command) {
+    return IadtText(IadtBuilder().Feature("BTState", 1, {command}).Build());
+  };
+  EXPECT_THAT(text(Command::Port(1).Byte(23, 1).Byte(24, 2)), HasSubstr("  { port = 0x1, unused = \"01 02\" },\n"));
+  EXPECT_THAT(text(Command::Smbus(2, 3).Byte(5, 9)), HasSubstr("{ smbus = 0x02, command = 0x03, unused = \"09\" }"));
+  EXPECT_THAT(text(Command::Delay(kSeconds, 1).Opcode(0x17)), HasSubstr("{ delay = 1, unit = \"s\", form = 3 }"));
+  EXPECT_THAT(text(Command::Delay(DelayUnit{9}, 1)), HasSubstr("{ delay = 1, unit = 9 }"));
+  EXPECT_THAT(text(Command::Port(1).Control(0xFE84)), HasSubstr("{ port = 0x1, control = 0xfe84 }"));
+  for (const std::string& all :
+       {text(Command::Port(1).Byte(27, 1)), text(Command::Delay(DelayUnit{9}, 1).Opcode(0x16).Byte(14, 1))})
+    EXPECT_THAT(all, testing::Not(HasSubstr("raw")));
+}
+
+TEST(IadtAsText, TakesTimeByTheLength) {
+  IadtBuilder builder;
+  for (int i = 0; i < 2000; ++i)
+    builder.Feature("BTState", 1, {Command::Port(1).Get(1, 1), Command::Port(1).Set(0, 1)});
+  const Bytes table = builder.Build();
+  const auto begin = std::chrono::steady_clock::now();
+  const std::string text = IadtText(table);
+  const auto written = std::chrono::steady_clock::now();
+  EXPECT_EQ(Compile(text).iadt, table);
+  const auto compiled = std::chrono::steady_clock::now();
+  // Writing the text compiles it once; by itself it is little.
+  EXPECT_LT(written - begin, 3 * (compiled - written));
 }
 
 TEST(IadtAsText, CompilesBackFromAnyBytes) {
