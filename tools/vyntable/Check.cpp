@@ -18,9 +18,8 @@ namespace vyntable {
 using namespace layout;
 namespace {
 
-constexpr uint8_t kWatchdogType = Feature("Watchdog").type, kFanConfigType = Feature("FanConfig").type;
-
-constexpr const char* kBeyond = "reaches beyond the table";
+constexpr uint8_t kWatchdogType = Feature("Watchdog").type, kFanConfigType = Feature("FanConfig").type,
+                  kBoardVersionType = Feature("MBVersionState").type;
 
 class Checker {
  public:
@@ -60,7 +59,14 @@ class Checker {
       Error(acpi::kLengthOffset, fmt::format("the length field says {}, the file has {} bytes", length, bytes_.size()));
     if (ByteSum(bytes_.data(), bytes_.size()) != 0)
       Error(acpi::kChecksumOffset, "the bytes do not sum to 0 modulo 256");
+    CheckText(acpi::kOemId, acpi::kOemIdBytes, "the OEM ID");
+    CheckText(acpi::kOemTableId, acpi::kOemTableIdBytes, "the OEM table ID");
     return true;
+  }
+
+  void CheckText(size_t offset, size_t count, const char* what) {
+    const auto blank = [](uint8_t byte) { return byte == 0 || byte == ' '; };
+    if (std::ranges::all_of(bytes_.subspan(offset, count), blank)) Warn(offset, fmt::format("{} is empty", what));
   }
 
   /// What is left where a walk ended: `least` bytes make the head of a record.
@@ -68,10 +74,15 @@ class Checker {
     const View rest = Covered(bytes_).subspan(end);
     if (rest.empty()) return;
     const uint64_t length = Load(rest, iadt::kLength, fieldBytes);
-    BadLength(end, length, rest.size() < least ? "is missing: too few bytes are left" : length == 0 ? "is 0" : kBeyond);
+    if (rest.size() < least)
+      Error(end, fmt::format("{} left, too few for a record; the walk ends here",
+                             rest.size() == 1 ? "1 byte is" : fmt::format("{} bytes are", rest.size())));
+    else
+      BadLength(end, length);
   }
-  void BadLength(size_t record, uint64_t length, const char* why) {
-    Error(record + iadt::kLength, fmt::format("the length of this record ({}) {}; the walk ends here", length, why));
+  void BadLength(size_t record, uint64_t length) {
+    const std::string why = length == 0 ? " is 0" : fmt::format(" ({}) reaches beyond the table", length);
+    Error(record + iadt::kLength, "the length of this record" + why + "; the walk ends here");
   }
 
   // --- function description table ---
@@ -116,7 +127,7 @@ class Checker {
     if (!sensorNames_.emplace(type.name, NameText(record)).second)
       Warn(record.offset + iadt::kName, "a sensor of this quantity has the same name");
     for (const CommandView& command : SensorCommands(record))
-      if (!IsZero(command.bytes)) CheckCommand(command, {.sensor = true, .arguments = 1}, &findings_);
+      if (!IsZero(command.bytes)) CheckCommand(command, ContextOf(record), &findings_);
   }
 
   static bool IsZero(View bytes) {
@@ -139,14 +150,24 @@ class Checker {
           fmt::format("{} bytes, shorter than a record's head of {}: what follows is taken as part of it, and running "
                       "it ends with code 21",
                       record.length, iadt::kBody));
-    if (record.length == iadt::kBody && !(named && record.Value() == iadt::kIdValue))
+    if (record.length == iadt::kBody && !MayBeEmpty(record))
       Warn(record.offset, "an entry without commands always succeeds");
     if (type.type == kFanConfigType) CheckFan(record);
-    const CommandContext context{.sensor = false, .arguments = Arguments(record)};
+    const CommandContext context = ContextOf(record);
     for (const CommandView& command : Commands(record)) {
       CheckCommand(command, context, &findings_);
       if (command.layout && !command.layout->steps) break;  // nothing behind it is run
     }
+  }
+
+  /// Whether an entry does its work without commands: it gives a bit of the board's version that never changes, needs
+  /// nothing done for an operation of the watchdog, or leaves it to the board information record to name the chip.
+  static bool MayBeEmpty(const RecordView& record) {
+    if (record.Type() == kBoardVersionType) return true;
+    if (record.Type() == kWatchdogType)
+      return record.Value() != kWatchdogInterval && record.Value() != kWatchdogCountMode0 &&
+             record.Value() != kWatchdogCountMode1;
+    return record.Type() == kFanConfigType && record.Value() == iadt::kIdValue;
   }
 
   void CheckFan(const RecordView& record) {
@@ -154,22 +175,6 @@ class Checker {
     if (record.Value() >= kFanModes) Warn(record.offset + 2, "fan modes are 0, 1 and 2");
     if (NameText(record).find(kFanModeWord) == std::string::npos)
       Warn(record.offset + iadt::kName, "the name of a fan entry holds the word Mode");
-  }
-
-  /// Slots that the library offers when it runs this entry.
-  static unsigned Arguments(const RecordView& record) {
-    if (record.Type() == kFanConfigType && record.Value() != iadt::kIdValue) return 1 + DistinctArguments(record);
-    return record.Value() == iadt::kIdValue ? 2 : 1;
-  }
-
-  static unsigned DistinctArguments(const RecordView& record) {
-    std::set<uint8_t> distinct;
-    for (const CommandView& command : Commands(record)) {
-      if (!command.layout || command.layout->kind == kCommandDelay) continue;
-      const uint64_t index = command.Field(command.layout->argument);
-      if (index != kNoArgument) distinct.insert(static_cast<uint8_t>(index));
-    }
-    return static_cast<unsigned>(distinct.size());
   }
 
   void CheckWatchdog(const std::vector<RecordView>& records) {
@@ -193,7 +198,7 @@ class Checker {
     BoardRecordCursor cursor(Covered(bytes_));
     for (; cursor.Valid(); cursor.Next()) {
       const BoardRecordView record = cursor.Current();
-      if (record.length > record.rest.size()) BadLength(record.offset, record.length, kBeyond);
+      if (record.length > record.rest.size()) BadLength(record.offset, record.length);
       if (!record.IsBoardRecord()) continue;
       if (found++) Warn(record.offset, "a second board information record: the last one counts");
       CheckBoardRecord(record);

@@ -1,9 +1,9 @@
 #include "vyntable/CommandCheck.h"
 
-#include <fmt/core.h>
-
 #include <algorithm>
 #include <iterator>
+
+#include "vyntable/Words.h"
 
 namespace vyntable {
 
@@ -50,7 +50,8 @@ bool ComparesAndCannotMatch(const Subject& s) {
   const unsigned bytes =
       s.Kind(kCommandMsr) ? s.layout.valueBytes : std::min<unsigned>(WidthOf(s.command.Opcode()), s.layout.valueBytes);
   const uint64_t fixed = (s.control & kGetOr) ? s.Field(s.layout.orMask) : 0;
-  uint64_t possible = s.Kind(kCommandPci) ? 0 : bytes >= 8 ? ~uint64_t{0} : (uint64_t{1} << (8 * bytes)) - 1;
+  const bool drops = s.Kind(kCommandPci) || (s.Kind(kCommandSmbus) && WidthOf(s.command.Opcode()) > kSmbusWidths);
+  uint64_t possible = drops ? 0 : bytes >= 8 ? ~uint64_t{0} : (uint64_t{1} << (8 * bytes)) - 1;
   if (s.control & kGetAnd) possible &= s.Field(s.layout.andMask);
   const uint64_t expected = s.Field(s.layout.expected);
   const uint64_t compared = s.layout.valueBytes == 2 ? 0xFFFF : 0xFFFFFFFF;
@@ -58,7 +59,7 @@ bool ComparesAndCannotMatch(const Subject& s) {
 }
 
 constexpr Rule kRules[] = {
-    {Severity::kError, "an MSR command stops the walk with code 21",
+    {Severity::kError, "no entry can go on behind an MSR command: where it succeeds, the call ends with code 21",
      [](const Subject& s) { return !s.context.sensor && s.Kind(kCommandMsr); }},
     {Severity::kWarning,
      "not every processor has this register: where it is missing, each reading yields 0 and leaves a file open",
@@ -67,7 +68,7 @@ constexpr Rule kRules[] = {
     {Severity::kError, "a delay that reads waits and then fails its entry",
      [](const Subject& s) { return !s.context.sensor && s.Kind(kCommandDelay) && (s.Gets() || s.Sets()); }},
     {Severity::kError, "the expected value can never be read", ComparesAndCannotMatch},
-    {Severity::kWarning, "a PCI read is compared with 0: what is read does not count",
+    {Severity::kWarning, "what a PCI read finds is dropped: the value is 0 before the masks",
      [](const Subject& s) { return s.Kind(kCommandPci) && (s.Gets() || s.Sets()) && !ComparesAndCannotMatch(s); }},
     {Severity::kWarning, "a PCI access is always 4 bytes wide",
      [](const Subject& s) { return s.Kind(kCommandPci) && WidthOf(s.command.Opcode()) != 4; }},
@@ -97,24 +98,11 @@ constexpr Rule kRules[] = {
      [](const Subject& s) { return s.context.sensor && !(s.control & (kGetReads | kGetWrites)) && s.control != 0; }},
 };
 
-/// Why a walk ends at bytes that are no command it can step over.
-std::string StopText(const CommandView& command, const CommandContext& context) {
-  const uint8_t opcode = command.Opcode();
-  if (!FindKind(opcode)) return fmt::format("unknown access kind {:#04x}", KindOf(opcode));
-  const CommandLayout* layout = FindLayout(opcode);
-  if (!layout && context.sensor) return fmt::format("addressing form {} fits no access of its kind", FormOf(opcode));
-  if (!layout)
-    return fmt::format("addressing form {} does not fit its kind: the command runs again and again while it succeeds",
-                       FormOf(opcode));
-  return fmt::format("a command of {} bytes does not fit into the {} that are left", layout->length,
-                     command.bytes.size());
-}
-
 }  // namespace
 
 void CheckCommand(const CommandView& command, const CommandContext& context, std::vector<Finding>* findings) {
   if (!command.layout) {
-    findings->push_back({command.offset, Severity::kError, StopText(command, context)});
+    findings->push_back({command.offset, Severity::kError, EndText(command, context)});
     return;
   }
   const Subject subject{command, context, *command.layout, command.Control()};

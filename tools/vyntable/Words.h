@@ -4,15 +4,20 @@
 #include <string>
 #include <vector>
 
-#include "layout/Walk.h"
+#include "layout/Ending.h"
+#include "vyntable/CommandContext.h"
 
 namespace vyntable {
 
-/// The name up to its terminator.
+/// The name up to its terminator, byte for byte.
 std::string NameText(const layout::RecordView& record);
-/// "LVDSState index 0 value 1" or "voltage 2.1 \"+12V\"".
+/// "LVDSState index 0 value 1" or "voltage 2.1 \"+12V\"". Names are as the firmware has them: not for terminals.
 std::string Title(const layout::RecordView& record);
-/// What the command reaches, then what it does when reading and when setting, one phrase each.
-std::vector<std::string> Words(const layout::CommandView& command);
+
+/// Why the walk ends at bytes without a layout, and what follows from it.
+std::string EndText(const layout::CommandView& command, const CommandContext& context);
+
+/// What the command reaches, then what it does when reading and when setting, one phrase each; sensors only read.
+std::vector<std::string> Words(const layout::CommandView& command, const CommandContext& context);
 
 }  // namespace vyntable

@@ -55,7 +55,7 @@ TEST(CheckTable, FindsAWrongLengthAndAWrongChecksum) {
 
 TEST(CheckRecord, FindsLengthsThatEndTheWalk) {
   EXPECT_THAT(Iadt(IadtBuilder().Add(Record::Type(5).Length(0))),
-              ElementsAre("39 error the length of this record (0) is 0; the walk ends here"));
+              ElementsAre("39 error the length of this record is 0; the walk ends here"));
   EXPECT_THAT(Iadt(IadtBuilder().Add(Record::Type(5).Length(28))),
               ElementsAre("39 error the length of this record (28) reaches beyond the table; the walk ends here"));
 }
@@ -71,9 +71,8 @@ TEST(CheckRecord, GoesOnBehindARecordShorterThanItsHead) {
 }
 
 TEST(CheckRecord, FindsBytesThatNoRecordHolds) {
-  EXPECT_THAT(
-      Iadt(IadtBuilder().Feature("BTState", 1, {Command::Port(1).Get(1, 1)}).Add(Record::Raw({5, 0, 0}))),
-      ElementsAre("94 error the length of this record (0) is missing: too few bytes are left; the walk ends here"));
+  EXPECT_THAT(Iadt(IadtBuilder().Feature("BTState", 1, {Command::Port(1).Get(1, 1)}).Add(Record::Raw({5, 0, 0}))),
+              ElementsAre("91 error 3 bytes are left, too few for a record; the walk ends here"));
 }
 
 TEST(CheckRecord, FindsWhatIsNotKeptOfACurrent) {
@@ -120,6 +119,17 @@ TEST(CheckRecord, FindsEntriesThatAlwaysSucceed) {
               ElementsAre(std::string("36 warning an entry without commands always succeeds") + kTitle));
 }
 
+TEST(CheckRecord, LetsEntriesBeEmptyThatNeedDoNothing) {
+  EXPECT_THAT(Iadt(IadtBuilder().Feature("MBVersionState", 0, 1, {}).Feature("MBVersionState", 1, 0, {})), IsEmpty());
+  IadtBuilder builder;
+  for (const uint8_t value : std::initializer_list<uint8_t>{1, 2, 4, 5, 240})
+    builder.Add(Record::Feature("Watchdog").Value(value).Name("WDT"));
+  builder.Feature("Watchdog", 3, {Command::Port(0x443).Get().Set().Argument(0)});
+  EXPECT_THAT(Iadt(builder), IsEmpty());
+  // Without commands the interval is neither kept nor told.
+  EXPECT_THAT(Iadt(builder.Feature("Watchdog", 3, {})), testing::SizeIs(1));
+}
+
 TEST(CheckRecord, FindsMissingWatchdogOperations) {
   IadtBuilder builder;
   for (const uint8_t value : std::initializer_list<uint8_t>{1, 2, 3, 5})
@@ -134,15 +144,19 @@ struct CommandCase {
 
 TEST(CheckCommand, FindsWhatTheLibraryWouldStumbleOver) {
   const CommandCase cases[] = {
-      {Command::Msr(0x1B).Get(), "error an MSR command stops the walk with code 21"},
+      {Command::Msr(0x1B).Get(),
+       "error no entry can go on behind an MSR command: where it succeeds, the call ends with code 21"},
       {Command::Port(0x80).Get(1, 1).Opcode(0x07),
-       "error addressing form 3 does not fit its kind: the command runs again and again while it succeeds"},
+       "error addressing form 3 does not fit its kind: when reading, the entry fails; when setting, the command is run "
+       "for "
+       "ever"},
       {Command::Port(0x80).Get(1, 1).Opcode(0x06),
-       "error a command of 36 bytes does not fit into the 28 that are left"},
-      {Command::Port(0x80).Opcode(0x19), "error unknown access kind 0x18"},
-      {Command::Raw({0x05, 0x80}), "error a command of 28 bytes does not fit into the 2 that are left"},
+       "error a command of 36 bytes does not fit into the 28 that are left: the call ends with code 21"},
+      {Command::Port(0x80).Opcode(0x19), "error unknown access kind 0x18: the call ends with code 21"},
+      {Command::Raw({0x05, 0x80}),
+       "error a command of 28 bytes does not fit into the 2 that are left: the call ends with code 21"},
       {Command::Pci(0, 0, 0, 0).Width(4).Get(0xFF, 0),
-       "warning a PCI read is compared with 0: what is read does not count"},
+       "warning what a PCI read finds is dropped: the value is 0 before the masks"},
       {Command::Pci(0, 0, 0, 0).Width(4).Get(0xFF, 1), "error the expected value can never be read"},
       {Command::Port(0x80).Get(0x0F, 0x10), "error the expected value can never be read"},
       {Command::Port(0x80).Get().Expected(0x100), "error the expected value can never be read"},
@@ -192,7 +206,7 @@ TEST(CheckBoardInformation, FindsMissingRepeatedAndUnknown) {
               ElementsAre("67 warning the library knows no chip 0x1234",
                           "91 warning a second board information record: the last one counts"));
   EXPECT_THAT(Findings(Kind::kIamt, IamtBuilder().Chips(0x94D2, 0, 0).Add({1, 0, 0, 0}).Build()),
-              ElementsAre("94 error the length of this record (0) is 0; the walk ends here"));
+              ElementsAre("94 error the length of this record is 0; the walk ends here"));
 }
 
 TEST(CheckBoardInformation, TakesARecordThatReachesBeyondTheTable) {
@@ -208,12 +222,16 @@ TEST(CheckBoardInformation, TakesARecordThatReachesBeyondTheTable) {
 TEST(CheckBoardInformation, TakesARecordOfLengthZero) {
   EXPECT_THAT(Findings(Kind::kIamt, IamtBuilder().Add({0, 0, 0, 0}).Build()),
               ElementsAre("39 warning shorter than 55 bytes: what follows is taken as part of it",
-                          "39 error the length of this record (0) is 0; the walk ends here"));
+                          "39 error the length of this record is 0; the walk ends here"));
 }
 
 TEST(CheckCommand, LooksAtNothingBehindAModelSpecificRegister) {
-  EXPECT_THAT(Iadt(IadtBuilder().Feature("BTState", 1, {Command::Msr(0x1B).Get(), Command::Port(1)})),
-              ElementsAre(std::string("63 error an MSR command stops the walk with code 21") + kTitle));
+  EXPECT_THAT(
+      Iadt(IadtBuilder().Feature("BTState", 1, {Command::Msr(0x1B).Get(), Command::Port(1)})),
+      ElementsAre(
+          std::string(
+              "63 error no entry can go on behind an MSR command: where it succeeds, the call ends with code 21") +
+          kTitle));
 }
 
 TEST(CheckBiosInformation, FindsSizeChecksumAndTerminator) {
