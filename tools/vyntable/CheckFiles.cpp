@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "commandline/Words.h"
 #include "vyntable/Check.h"
 #include "vyntable/Commands.h"
 #include "vyntable/Files.h"
@@ -14,6 +15,10 @@ struct Options {
   std::vector<std::string> files;
 };
 
+std::string Counted(size_t number, const char* word) {
+  return fmt::format("{} {}{}", number, word, number == 1 ? "" : "s");
+}
+
 int Check(const Options& options) {
   constexpr const char* kSeverities[] = {"note", "warning", "error"};
   size_t counts[3] = {};
@@ -21,11 +26,12 @@ int Check(const Options& options) {
     for (const Finding& finding : CheckImage(image)) {
       const auto severity = static_cast<size_t>(finding.severity);
       ++counts[severity];
-      fmt::print("{}:{:#06x}: {}: {}\n", image.name, finding.offset, kSeverities[severity], finding.text);
+      fmt::print("{}: {}: {}\n", commandline::Printable(PlaceOf(image, finding.offset)), kSeverities[severity],
+                 commandline::Printable(finding.text));
     }
   }
-  fmt::print("{} errors, {} warnings, {} notes\n", counts[2], counts[1], counts[0]);
-  return counts[2] ? kExitBadInput : kExitOk;
+  fmt::print("{}, {}, {}\n", Counted(counts[2], "error"), Counted(counts[1], "warning"), Counted(counts[0], "note"));
+  return counts[2] ? kExitFindings : kExitOk;
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <memory>
 
 #include <fmt/core.h>
 
+#include "boardfile/BoardFile.h"
 #include "boardfile/FirmwareText.h"
 #include "vyntable/Commands.h"
 #include "vyntable/Files.h"
@@ -32,12 +34,17 @@ int Decompile(const Options& options) {
   std::vector<Image> images = ReadImages(options.files);
   for (size_t i = 0; i < images.size(); ++i)
     for (size_t j = 0; j < i; ++j)
-      if (images[i].kind == images[j].kind) throw BadInput(images[i].name + ": a second table of its kind");
+      if (images[i].kind == images[j].kind && images[i].bytes != images[j].bytes)
+        throw BadInput(
+            fmt::format("{}: another table of the kind of {}: name one", PlaceOf(images[i], 0), PlaceOf(images[j], 0)));
   std::string text;
   // BIOS information record, board information and function description, in this order.
-  for (Kind kind : {Kind::kBiosInfo, Kind::kIamt, Kind::kIadt})
-    for (const Image& image : images)
-      if (image.kind == kind) text += (text.empty() ? "" : "\n") + TextOf(image);
+  for (const Kind kind : {Kind::kBiosInfo, Kind::kIamt, Kind::kIadt})
+    if (const auto image = std::ranges::find(images, kind, &Image::kind); image != images.end())
+      text += (text.empty() ? "" : "\n") + TextOf(*image);
+  if (text.size() > boardfile::kBoardFileLimit)
+    throw BadInput(fmt::format("{}: its text would be longer than the {} MiB of a board file", images.front().name,
+                               boardfile::kBoardFileLimit >> 20));
   if (options.output.empty())
     fmt::print("{}", text);
   else

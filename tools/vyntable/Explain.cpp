@@ -7,6 +7,7 @@
 #include <fmt/core.h>
 
 #include "boardfile/FirmwareText.h"
+#include "commandline/Words.h"
 #include "layout/BiosRecord.h"
 #include "layout/Checksum.h"
 #include "layout/Walk.h"
@@ -28,10 +29,13 @@ constexpr size_t kBytesPerLine = 16;
 constexpr size_t kHexColumns = 3 * kBytesPerLine - 1;
 constexpr size_t kWordColumns = 60;
 
-/// Words left behind the bytes, as many lines as the longer of the two takes. Colour on terminals only.
+/// Words left behind the bytes, as many lines as the longer of the two takes. Colour on terminals only; what firmware
+/// holds reaches them escaped.
 class Printer {
  public:
-  void Line(fmt::text_style style, const std::string& text) const { fmt::print("{}\n", Styled(style, text)); }
+  void Title(const std::string& text) const {
+    fmt::print("{}\n", Styled(fmt::emphasis::bold, commandline::Printable(text)));
+  }
 
   void Block(size_t offset, View bytes, const std::vector<std::string>& words) const {
     const size_t hexLines = (bytes.size() + kBytesPerLine - 1) / kBytesPerLine;
@@ -41,7 +45,7 @@ class Printer {
       const std::string place = line.empty() ? std::string(6, ' ') : fmt::format("{:#06x}", offset + first);
       const std::string hex = i < words.size() ? fmt::format("{:<{}}", Hex(line), kHexColumns) : Hex(line);
       fmt::print("  {}{}\n", Styled(fmt::fg(fmt::terminal_color::bright_black), place + "  " + hex),
-                 i < words.size() ? "  " + words[i] : "");
+                 i < words.size() ? "  " + commandline::Printable(words[i]) : "");
     }
   }
 
@@ -67,13 +71,15 @@ std::vector<std::string> Wrapped(const std::vector<std::string>& phrases) {
   return lines;
 }
 
-const fmt::text_style kTitle = fmt::emphasis::bold;
+std::string NameOf(const Image& image) {
+  return image.base ? fmt::format("{} at {:#x}", image.name, image.base) : image.name;
+}
 
 void ExplainHeader(const Image& image, const Printer& out) {
   const View table(image.bytes);
   RequireHeader(image);
   const std::string signature(table.begin(), table.begin() + 4);
-  out.Line(kTitle, fmt::format("{}: {} table, {} bytes", image.name, signature, table.size()));
+  out.Title(fmt::format("{}: {} table, {} bytes", NameOf(image), signature, table.size()));
   out.Block(0, table.first(acpi::kHeaderBytes),
             {fmt::format("length {}, revision {}", Load(table, acpi::kLengthOffset, 4), table[acpi::kRevisionOffset]),
              fmt::format("checksum {:#04x}, {}", table[acpi::kChecksumOffset],
@@ -96,16 +102,23 @@ void ExplainRecord(const RecordView& record, const Printer& out) {
   const RecordType* type = record.Row();
   const bool sensor = type && type->IsSensor();
   const View bytes = record.Bytes();
-  out.Line(kTitle, "\n" + RecordWords(record));
+  fmt::print("\n");
+  out.Title(RecordWords(record));
   out.Block(record.offset, bytes.first(std::min(iadt::kBody, bytes.size())), {"record header"});
   if (sensor) ExplainParameters(record, *type, out);
-  for (const CommandView& command : sensor ? SensorCommands(record) : Commands(record))
-    out.Block(command.offset, command.bytes, Wrapped(Words(command)));
+  const CommandContext context = ContextOf(record);
+  bool run = true;
+  for (const CommandView& command : sensor ? SensorCommands(record) : Commands(record)) {
+    out.Block(command.offset, command.bytes,
+              run ? Wrapped(Words(command, context)) : std::vector<std::string>{"behind the last command that is run"});
+    run = run && (sensor || !command.layout || command.layout->steps);
+  }
 }
 
 void ExplainRest(size_t offset, View rest, const Printer& out) {
   if (rest.empty()) return;
-  out.Line(kTitle, "\nThe library's walk ends here");
+  fmt::print("\n");
+  out.Title("The library's walk ends here");
   out.Block(offset, rest, {});
 }
 
@@ -121,7 +134,8 @@ void ExplainIamt(const Image& image, const Printer& out) {
   BoardRecordCursor cursor(Covered(image.bytes));
   for (; cursor.Valid(); cursor.Next()) {
     const BoardRecordView record = cursor.Current();
-    out.Line(kTitle, fmt::format("\nrecord of type {}, {} bytes", record.rest[iamt::kType], record.length));
+    fmt::print("\n");
+    out.Title(fmt::format("record of type {}, {} bytes", record.rest[iamt::kType], record.length));
     std::vector<std::string> words;
     if (record.IsBoardRecord())
       for (size_t i = 0; i < std::size(iamt::kChipIds); ++i)
@@ -135,7 +149,7 @@ void ExplainBiosInfo(const Image& image, const Printer& out) {
   const View record(image.bytes);
   const View model = record.subspan(std::min(record.size(), bios::kModel));
   const std::string name(model.begin(), std::find(model.begin(), model.end(), uint8_t{0}));
-  out.Line(kTitle, fmt::format("{}: BIOS information record, {} bytes", image.name, record.size()));
+  out.Title(fmt::format("{}: BIOS information record, {} bytes", NameOf(image), record.size()));
   out.Block(
       0, record,
       {fmt::format("model \"{}\"", name), ByteSum(record.data(), record.size()) ? "checksum wrong" : "checksum right"});

@@ -13,23 +13,33 @@ namespace vyntable {
 using firmware::Bytes;
 
 inline constexpr int kExitOk = 0;
-inline constexpr int kExitBadInput = 1;
-inline constexpr int kExitUsage = 2;
+inline constexpr int kExitFindings = 1;
+inline constexpr int kExitTrouble = 2;  ///< usage, or a file
 
-inline constexpr char kIadtFile[] = "iadt.bin";
-inline constexpr char kIamtFile[] = "iamt.bin";
-inline constexpr char kBiosInfoFile[] = "biosinfo.bin";
-
-/// Input that cannot be used; the text is the one line that the user sees.
+/// Input that cannot be used; the text is what the user sees, a line for each complaint.
 struct BadInput : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Reads tables: a directory holding what `compile` writes, a single table file, or a board file, which is compiled
-/// first. Throws BadInput.
+/// Reads tables from
+///   a single table, whatever its file is called, or `-` for standard input;
+///   a folder that holds them under the names of `compile` (iadt.bin), of dumps (iadt.dat), of compilers (iadt.aml) or
+///   of
+///     the kernel (IADT);
+///   the text of a dump;
+///   a firmware image, all that it holds, or with @OFFSET behind its name the one there;
+///   a board file, which is compiled first.
+/// Throws BadInput.
 std::vector<Image> ReadImages(const std::vector<std::string>& paths);
-/// The tables of a board file. Throws BadInput.
-std::vector<Image> CompileBoard(const std::string& path);
+
+/// The tables of a board file, and what should be said of it though it can be compiled.
+struct CompiledBoard {
+  std::vector<Image> images;
+  std::vector<std::string> remarks;  ///< a line each
+  std::vector<std::string> files;    ///< that it was compiled from, its own first
+};
+/// Throws BadInput.
+CompiledBoard CompileBoard(const std::string& path);
 
 /// Throws BadInput when a table is shorter than the header that every table has.
 void RequireHeader(const Image& image);

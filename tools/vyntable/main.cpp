@@ -43,12 +43,35 @@ int Run(int argc, char** argv) {
     case commandline::Outcome::kRun:
       return actions.at(chosen)();
     case commandline::Outcome::kAnswer:
-      return commandline::Print(kTool, read.text) ? kExitOk : kExitBadInput;
+      return commandline::Print(kTool, read.text) ? kExitOk : kExitTrouble;
     case commandline::Outcome::kWrong:
       commandline::Say(read.text);
       break;
   }
-  return kExitUsage;
+  return kExitTrouble;
+}
+
+/// A line for each line of the text, with nothing but printable characters in it.
+std::string Complaint(std::string_view text) {
+  std::string lines;
+  for (;;) {
+    const size_t end = text.find('\n');
+    lines += fmt::format("{}: {}\n", kTool, commandline::Printable(text.substr(0, end)));
+    if (end == text.npos) return lines;
+    text.remove_prefix(end + 1);
+  }
+}
+
+/// Options of one letter and more that firmware teams know from compilers, as the parser has them.
+std::vector<char*> WithLongOptions(int argc, char** argv) {
+  static char dependencies[] = "--MD", file[] = "--MF";
+  std::vector<char*> words(argv, argv + argc);
+  for (char*& word : words) {
+    if (std::string_view(word) == "-MD") word = dependencies;
+    if (std::string_view(word) == "-MF") word = file;
+  }
+  words.push_back(nullptr);
+  return words;
 }
 
 int RunOrExplain(int argc, char** argv) {
@@ -56,9 +79,8 @@ int RunOrExplain(int argc, char** argv) {
     return Run(argc, argv);
   } catch (const std::exception& error) {
     // Output that could not be written is told at the end.
-    if (std::ferror(stdout) == 0)
-      commandline::Say(fmt::format("{}: {}\n", kTool, commandline::Printable(error.what())));
-    return kExitBadInput;
+    if (std::ferror(stdout) == 0) commandline::Say(Complaint(error.what()));
+    return kExitTrouble;
   }
 }
 
@@ -66,6 +88,6 @@ int RunOrExplain(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   commandline::HoldStandardDescriptors();
-  const int status = RunOrExplain(argc, argv);
-  return commandline::Flush(kTool) ? status : kExitBadInput;
+  const int status = RunOrExplain(argc, WithLongOptions(argc, argv).data());
+  return commandline::Flush(kTool) ? status : kExitTrouble;
 }

@@ -18,6 +18,13 @@ struct Outcome {
   std::string output;  ///< both streams
 };
 
+/// Whose tables those of a test are; TOML asks for sections of their own in front.
+constexpr char kOwner[] = "[iadt]\noem_id = \"ACME\"\noem_table_id = \"BOARD\"\n";
+constexpr char kIamt[] = "[iamt]\noem_id = \"ACME\"\noem_table_id = \"BOARD\"\nchips = [0x94D2]\n";
+constexpr char kBios[] = "[bios]\nmodel = \"M\"\n";
+constexpr char kFeature[] =
+    "[[feature]]\nfunction = \"BTState\"\nvalue = 1\ncommands = [{ port = 0x80, get = \"read\", expected = 5 }]\n";
+
 class Vyntable : public testing::Test {
  protected:
   Vyntable() {
@@ -45,11 +52,18 @@ class Vyntable : public testing::Test {
   void Write(const char* file, const std::string& content) const {
     std::ofstream(directory / file, std::ios::binary) << content;
   }
+  std::vector<std::string> FilesIn(const char* folder) const {
+    std::vector<std::string> files;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory / folder))
+      files.push_back(entry.path().filename());
+    std::ranges::sort(files);
+    return files;
+  }
   fs::path directory;
 };
 
 TEST_F(Vyntable, CompilesTheThreeFiles) {
-  Write("b.toml", "[bios]\nmodel = \"M\"\n[iamt]\nchips = [0x94D2]\n[[feature]]\nfunction = \"BTState\"\nvalue = 1\n");
+  Write("b.toml", std::string(kOwner) + kIamt + kBios + "[[feature]]\nfunction = \"BTState\"\nvalue = 1\n");
   const Outcome outcome = Run("compile b.toml -o out");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.output, "out/iadt.bin: 63 bytes\nout/iamt.bin: 91 bytes\nout/biosinfo.bin: 64 bytes\n");
@@ -75,13 +89,226 @@ TEST_F(Vyntable, FindsNothingWrongWithTheReferenceBoard) {
 }
 
 TEST_F(Vyntable, ReportsFindingsWithTheirOffsets) {
-  Write("b.toml", "[[feature]]\nfunction = \"BTState\"\ncommands = [{ msr = 0x1B, get = \"read\" }]\n");
+  Write("b.toml",
+        std::string(kOwner) + "[[feature]]\nfunction = \"BTState\"\ncommands = [{ msr = 0x1B, get = \"read\" }]\n");
   EXPECT_EQ(Run("compile b.toml -o .").status, 0);
   const Outcome outcome = Run("check iadt.bin");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.output,
-            "iadt.bin:0x003f: error: an MSR command stops the walk with code 21 (BTState index 0 value 0)\n"
-            "1 errors, 0 warnings, 0 notes\n");
+            "iadt.bin:0x003f: error: no entry can go on behind an MSR command: where it succeeds, the call ends with "
+            "code 21 (BTState index 0 value 0)\n"
+            "1 error, 0 warnings, 0 notes\n");
+}
+
+TEST_F(Vyntable, ShowsNamesOfFirmwareEscapedAndInOneLine) {
+  Write(
+      "b.toml",
+      std::string(kOwner) +
+          "[bios]\nmodel = \"M\\u001b[2J\"\n[[feature]]\nfunction = \"BTState\"\nname_bytes = \"1B 5B 32 4A 0A 41\"\n");
+  EXPECT_EQ(Run("compile b.toml -o .").status, 0);
+  EXPECT_EQ(Run("check iadt.bin").output,
+            "iadt.bin:0x0024: warning: an entry without commands always succeeds (BTState index 0 value 0 "
+            "\"\\x1B[2J\\x0AA\")\n0 errors, 1 warning, 0 notes\n");
+  const std::string words = Run("explain iadt.bin biosinfo.bin").output;
+  EXPECT_THAT(words, HasSubstr("BTState index 0 value 0 \"\\x1B[2J\\x0AA\", 27 bytes\n"));
+  EXPECT_THAT(words, HasSubstr("model \"M\\x1B[2J\"\n"));
+}
+
+// --- where tables come from ---
+
+/// The lines that show `bytes` in a dump, without and with what they mean as characters.
+std::string Dump(const std::string& signature, const std::string& bytes) {
+  std::string text = signature + " @ 0x00000000BFFE1000\n";
+  char part[24];
+  for (size_t at = 0; at < bytes.size(); at += 16) {
+    std::snprintf(part, sizeof part, "%04zX", at);
+    std::string line = std::string("    ") + part + ": ", characters;
+    for (size_t i = at; i < std::min(at + 16, bytes.size()); ++i) {
+      std::snprintf(part, sizeof part, "%02X ", static_cast<unsigned char>(bytes[i]));
+      line += part;
+      characters += bytes[i] > ' ' && bytes[i] <= '~' ? bytes[i] : '.';
+    }
+    line.resize(58, ' ');
+    text += line + " " + characters + "\n";
+  }
+  return text + "\n";
+}
+
+class Sources : public Vyntable {
+ protected:
+  Sources() {
+    Write("b.toml", std::string(kOwner) + kIamt + kBios + kFeature);
+    EXPECT_EQ(Run("compile b.toml -o t").status, 0);
+    iadt = Read("t/iadt.bin");
+    iamt = Read("t/iamt.bin");
+    bios = Read("t/biosinfo.bin");
+  }
+  /// What `decompile` says of the same tables in the folder.
+  std::string Expected() const { return Run("decompile t/iadt.bin").output; }
+  std::string iadt, iamt, bios;
+};
+
+TEST_F(Sources, MayBeTheTextOfADump) {
+  Write("dump.txt", Dump("FACP", std::string(244, '\xAA')) + Dump("IADT", iadt) + Dump("IAMT", iamt));
+  const Outcome outcome = Run("decompile dump.txt");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.output, Run("decompile t/iamt.bin").output + "\n" + Expected());
+  EXPECT_EQ(Run("check dump.txt").output, "0 errors, 0 warnings, 0 notes\n");
+}
+
+TEST_F(Sources, ShowWhereADumpLacksLines) {
+  std::string text = Dump("IADT", iadt);
+  const size_t second = text.find("    0010");
+  text.erase(second, text.find('\n', second) + 1 - second);
+  Write("dump.txt", text);
+  const Outcome outcome = Run("check dump.txt");
+  EXPECT_EQ(outcome.output, "vyntable: dump.txt:3: expected the byte at offset 0x10\n");
+  EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(Sources, MayBeAFolderWithTheNamesOfDumpsCompilersAndTheKernel) {
+  for (const char* name : {"iadt.dat", "iadt.aml", "IADT"}) {
+    fs::create_directories(directory / "d");
+    Write((std::string("d/") + name).c_str(), iadt);
+    EXPECT_EQ(Run("decompile d").output, Expected()) << name;
+    fs::remove_all(directory / "d");
+  }
+  fs::create_directories(directory / "d");
+  Write("d/iadt.bin", iadt);
+  Write("d/IADT", iadt);
+  EXPECT_EQ(Run("decompile d").output, "vyntable: d/IADT: there is d/iadt.bin as well: name the one that is meant\n");
+}
+
+TEST_F(Sources, MayBeStandardInput) { EXPECT_EQ(Run("decompile - <t/iadt.bin").output, Expected()); }
+
+TEST_F(Sources, MayBeAFirmwareImage) {
+  // The signature alone, as in the code of a driver, is no table.
+  const std::string filler(0x1000, '\xFF');
+  Write("rom", filler + "IADT is missing" + filler + iadt + filler + bios + filler);
+  EXPECT_THAT(Run("explain rom").output, HasSubstr("rom at 0x200f: IADT table, 91 bytes\n"));
+  EXPECT_THAT(Run("explain rom").output, HasSubstr("rom at 0x306a: BIOS information record, 64 bytes\n"));
+  EXPECT_EQ(Run("decompile rom").status, 0);
+  EXPECT_EQ(Run("decompile rom@0x200f").output, Expected());
+  EXPECT_EQ(Run("decompile rom@0x2010").output, "vyntable: rom: no table at offset 0x2010\n");
+}
+
+TEST_F(Sources, CountOffsetsFromTheBeginningOfTheFile) {
+  const std::string bad = iadt.substr(0, 36 + 2) + '\xF0' + iadt.substr(36 + 3);  // no right checksum any more
+  Write("rom", std::string(0x1000, '\xFF') + bad);
+  EXPECT_THAT(Run("check rom").output, HasSubstr("rom:0x1009: error: the bytes do not sum to 0 modulo 256\n"));
+}
+
+TEST_F(Sources, WantAChoiceOfDifferentTables) {
+  Write("c.toml", std::string(kOwner) + "[[feature]]\nfunction = \"BTState\"\n");
+  EXPECT_EQ(Run("compile c.toml -o c.bin").status, 0);
+  const std::string filler(0x100, '\xFF');
+  Write("rom", filler + iadt + filler + iadt);
+  EXPECT_EQ(Run("decompile rom").output, Expected());
+  Write("rom", filler + iadt + filler + Read("c.bin"));
+  EXPECT_EQ(Run("decompile rom").output, "vyntable: rom:0x025b: another table of the kind of rom:0x0100: name one\n");
+}
+
+// --- where tables go ---
+
+TEST_F(Vyntable, LeavesNoTableOfAnEarlierBoard) {
+  Write("b.toml", std::string(kOwner) + kIamt + kBios + kFeature);
+  EXPECT_EQ(Run("compile b.toml -o out").status, 0);
+  Write("c.toml", std::string(kOwner) + kFeature);
+  EXPECT_EQ(Run("compile c.toml -o out").output,
+            "out/iadt.bin: 91 bytes\nout/iamt.bin: removed\nout/biosinfo.bin: removed\n");
+  EXPECT_EQ(FilesIn("out"), std::vector<std::string>{"iadt.bin"});
+}
+
+TEST_F(Vyntable, WritesAllTablesOrNone) {
+  Write("b.toml", std::string(kOwner) + kIamt + kBios + kFeature);
+  EXPECT_EQ(Run("compile b.toml -o out").status, 0);
+  const std::string before = Read("out/iadt.bin");
+  fs::remove(directory / "out/biosinfo.bin");
+  fs::create_directories(directory / "out/biosinfo.bin");
+  Write("c.toml", std::string(kOwner) + kIamt + kBios + kFeature + kFeature);
+  const Outcome outcome = Run("compile c.toml -o out");
+  EXPECT_EQ(outcome.output, "vyntable: out/biosinfo.bin: not a file that could be replaced\n");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(Read("out/iadt.bin"), before);
+  EXPECT_EQ(FilesIn("out"), (std::vector<std::string>{"biosinfo.bin", "iadt.bin", "iamt.bin"}));
+}
+
+TEST_F(Vyntable, WritesASingleTableIntoAFile) {
+  Write("b.toml", std::string(kOwner) + kIamt + kFeature);
+  EXPECT_EQ(Run("compile b.toml -o x.bin").output,
+            "vyntable: x.bin: one file for the 2 tables of b.toml: --table says which\n");
+  EXPECT_EQ(Run("compile b.toml -o x.aml --table iadt").output, "x.aml: 91 bytes\n");
+  EXPECT_EQ(Read("x.aml").substr(0, 4), "IADT");
+  EXPECT_EQ(Run("compile b.toml -o x.bin --table biosinfo").output, "vyntable: b.toml: describes no biosinfo\n");
+}
+
+TEST_F(Vyntable, RefusesABoardWithoutTables) {
+  Write("b.toml", "[board]\nname = \"B\"\n");
+  const Outcome outcome = Run("compile b.toml -o out");
+  EXPECT_EQ(outcome.output, "vyntable: b.toml: describes no table\n");
+  EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(Vyntable, WritesADependencyFile) {
+  fs::create_directories(directory / "a b");
+  Write("a b/b$.toml", std::string(kOwner) + kFeature);
+  EXPECT_EQ(Run("compile 'a b/b$.toml' -o out -MD").status, 0);
+  EXPECT_EQ(Read("out/b$.d"), "out/iadt.bin: \\\n  a\\ b/b$$.toml\n");
+  EXPECT_EQ(Run("compile 'a b/b$.toml' -o x.bin -MD -MF deps").status, 0);
+  EXPECT_EQ(Read("deps"), "x.bin: \\\n  a\\ b/b$$.toml\n");
+}
+
+// --- whose tables they are ---
+
+TEST_F(Vyntable, CompilesNoTableInTheNameOfAnother) {
+  Write("b.toml", std::string("[iamt]\nchips = [1]\n") + kFeature);
+  const Outcome outcome = Run("compile b.toml -o out");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(
+      outcome.output,
+      "vyntable: b.toml:1:1: [iadt] needs \"oem_id\", the name of the board's maker in up to 6 characters: without "
+      "it the table says \"VYNMAR\"\n"
+      "vyntable: b.toml:1:1: [iamt] needs \"oem_id\", the name of the board's maker in up to 6 characters: without "
+      "it the table says \"VYNMAR\"\n");
+  EXPECT_FALSE(fs::exists(directory / "out"));
+}
+
+TEST_F(Vyntable, FindsEmptyNamesOfMakers) {
+  Write("b.toml", std::string("[iadt]\noem_id = \"  \"\n") + kFeature);
+  EXPECT_EQ(Run("check b.toml").output,
+            "b.toml:1:1: warning: the OEM ID is empty\nb.toml:1:1: warning: the OEM table ID is empty\n"
+            "0 errors, 2 warnings, 0 notes\n");
+}
+
+// --- places in board files ---
+
+TEST_F(Vyntable, NamesThePlaceInABoardFile) {
+  Write("b.toml", std::string(kOwner) +
+                      "[[feature]]\nfunction = \"BTState\"\ncommands = [\n  { port = 0x80 },\n"
+                      "  { msr = 0x1B, get = \"read\" },\n]\n");
+  EXPECT_EQ(
+      Run("check b.toml").output,
+      "b.toml:7:3: note: neither reads nor writes, in either direction (BTState index 0 value 0)\n"
+      "b.toml:8:3: error: no entry can go on behind an MSR command: where it succeeds, the call ends with code 21 "
+      "(BTState index 0 value 0)\n"
+      "1 error, 0 warnings, 1 note\n");
+}
+
+TEST_F(Vyntable, TellsAllMistakesOfABoardFileAtOnce) {
+  Write("b.toml",
+        "[[feature]]\nfunction = \"BTSate\"\nvalu = 1\n[[feature]]\nfunction = \"BTState\"\nvalue = 300\n"
+        "commands = [\n  { port = 0x80, widht = 2 },\n  { use = \"gpoi\" },\n]\n[sequences]\ngpio = []\n");
+  const Outcome outcome = Run("compile b.toml -o out");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(
+      outcome.output,
+      "vyntable: b.toml:2:12: \"function\" of [[feature]] must be the name of a feature (docs/board-files.md lists "
+      "them) (did you mean 'BTState'?)\n"
+      "vyntable: b.toml:3:1: \"valu\" is not a key of [[feature]] (did you mean 'value'?)\n"
+      "vyntable: b.toml:6:9: \"value\" of [[feature]] must be a number from 0 to 0xff\n"
+      "vyntable: b.toml:8:18: \"widht\" is not a key of [[commands]] (did you mean 'width'?)\n"
+      "vyntable: b.toml:9:11: \"use\" of [[commands]] must be the name of one of the [sequences] (did you mean "
+      "'gpio'?)\n");
 }
 
 TEST_F(Vyntable, ExplainsWithoutColourInAPipe) {
@@ -102,50 +329,53 @@ struct BadCase {
   const char* output;
 };
 
-TEST_F(Vyntable, EndsWith1AndOneLineOnBadInput) {
+TEST_F(Vyntable, EndsWith2AndOneLineOnBadInput) {
   Write("b.toml", "[[feature]]\n");
   Write("x.bin", "nothing");
   Write("short.bin", "IADT\x24");
   fs::create_directories(directory / "empty");
   const BadCase cases[] = {
-      {"compile b.toml -o out", "vyntable: b.toml:1: [[feature]] needs \"function\", a text\n"},
+      {"compile b.toml -o out", "vyntable: b.toml:1:1: [[feature]] needs \"function\", a text\n"},
       {"compile none.toml -o out",
-       "vyntable: none.toml:1: expected a readable board file: No such file or directory\n"},
+       "vyntable: none.toml:1:1: expected a readable board file: No such file or directory\n"},
       {"check none.bin", "vyntable: none.bin: No such file or directory\n"},
       {"explain x.bin",
-       "vyntable: x.bin: expected an IADT or IAMT table, a BIOS information record or a board file (.toml)\n"},
+       "vyntable: x.bin: expected an IADT or IAMT table, a BIOS information record, a dump or firmware image that "
+       "holds "
+       "one, or a board file (.toml)\n"},
       {"decompile short.bin", "vyntable: short.bin: shorter than the 36 bytes of a table header\n"},
       {"explain short.bin", "vyntable: short.bin: shorter than the 36 bytes of a table header\n"},
-      {"decompile empty", "vyntable: empty: holds none of iadt.bin, iamt.bin, biosinfo.bin\n"},
+      {"decompile empty",
+       "vyntable: empty: holds none of iadt.bin, iamt.bin, biosinfo.bin, nor their like (.dat, .aml, IADT, IAMT)\n"},
   };
   for (const BadCase& c : cases) {
     const Outcome outcome = Run(c.arguments);
-    EXPECT_EQ(outcome.status, 1) << c.arguments;
+    EXPECT_EQ(outcome.status, 2) << c.arguments;
     EXPECT_EQ(outcome.output, c.output);
   }
 }
 
-TEST_F(Vyntable, EndsWith1WhereItsOutputCannotBeWritten) {
+TEST_F(Vyntable, EndsWith2WhereItsOutputCannotBeWritten) {
   for (const char* arguments : {"decompile " REFERENCE_BOARD, "explain " REFERENCE_BOARD, "check " REFERENCE_BOARD,
                                 "compile " REFERENCE_BOARD " -o out", "--help", "--version"}) {
     const std::string message = Run(std::string(arguments) + " 2>&1 >/dev/full").output;
     EXPECT_TRUE(message.starts_with("vyntable: cannot write to standard output")) << arguments << message;
     EXPECT_EQ(std::ranges::count(message, '\n'), 1) << message;
-    EXPECT_EQ(Run(std::string(arguments) + " >/dev/full").status, 1) << arguments;
-    EXPECT_EQ(Run(std::string(arguments) + " >&-").status, 1) << arguments;
+    EXPECT_EQ(Run(std::string(arguments) + " >/dev/full").status, 2) << arguments;
+    EXPECT_EQ(Run(std::string(arguments) + " >&-").status, 2) << arguments;
   }
 }
 
 TEST_F(Vyntable, KeepsItsStatusWhereMessagesCannotBeWritten) {
-  EXPECT_EQ(Run("check none.bin >/dev/null 2>/dev/full").status, 1);
-  EXPECT_EQ(Run("check none.bin >/dev/null 2>&-").status, 1);
+  EXPECT_EQ(Run("check none.bin >/dev/null 2>/dev/full").status, 2);
+  EXPECT_EQ(Run("check none.bin >/dev/null 2>&-").status, 2);
   EXPECT_EQ(Run("bake >/dev/null 2>/dev/full").status, 2);
-  EXPECT_EQ(Run("check none.bin >&- 2>&-").status, 1);
+  EXPECT_EQ(Run("check none.bin >&- 2>&-").status, 2);
 }
 
 TEST_F(Vyntable, WritesNoMessageIntoAFile) {
   // Without a standard error, the board file that is written must not take its number.
-  EXPECT_EQ(Run("decompile " REFERENCE_BOARD " nothing.bin -o b.toml >&- 2>&-").status, 1);
+  EXPECT_EQ(Run("decompile " REFERENCE_BOARD " nothing.bin -o b.toml >&- 2>&-").status, 2);
   EXPECT_EQ(Run("compile " REFERENCE_BOARD " -o tables >/dev/null 2>&-").status, 0);
   EXPECT_EQ(Read("tables/iamt.bin").size(), 91u);
 }
