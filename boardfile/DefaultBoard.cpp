@@ -1,4 +1,6 @@
 // The default of the simulated library: the board file that the environment names.
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -23,6 +25,13 @@ std::unique_ptr<sim::Board> Refused(const std::string& why) {
   return sim::Board::Unprivileged();
 }
 
+/// Of interest to whoever writes the board's file; programs that read messages are spared.
+void Remark(const boardfile::Firmware& firmware, const char* path) {
+  if (isatty(STDERR_FILENO) == 0) return;
+  for (const boardfile::Complaint& remark : firmware.remarks)
+    std::fprintf(stderr, "%s\n", boardfile::LineOf(remark, path).c_str());
+}
+
 }  // namespace
 
 std::unique_ptr<sim::Board> sim::DefaultBoard() {
@@ -32,8 +41,7 @@ std::unique_ptr<sim::Board> sim::DefaultBoard() {
   if (!loaded.board) return Refused(loaded.error);
   if (const auto endless = boardfile::FindEndlessLoop(loaded.firmware))
     return Refused(boardfile::LineOf(*endless, path));
-  for (const boardfile::Complaint& remark : loaded.firmware.remarks)
-    std::fprintf(stderr, "%s\n", boardfile::LineOf(remark, path).c_str());
+  Remark(loaded.firmware, path);
   if (IsSet(kLiveVariable)) loaded.board->live = true;
   return std::move(loaded.board);
 }
