@@ -18,7 +18,8 @@ def programs(readme):
 
 def install_lines(readme):
     section = re.search(r"^## Install\n(.*?)^## ", readme, re.MULTILINE | re.DOTALL).group(1)
-    return [line.strip() for line in section.splitlines() if line.startswith("    ")]
+    from_source = section.partition("\n### ")[0]
+    return [line.strip() for line in from_source.splitlines() if line.startswith("    ")]
 
 
 def runs(binary, library_folder, root):
