@@ -1,6 +1,7 @@
 /// Scripts that are run again and again, parsed once.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 #include <string>
@@ -26,7 +27,13 @@ class ScriptCache {
   };
   struct Hash {
     using is_transparent = void;
-    size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+    /// Texts of some hundred characters differ in their length, beginning or end; the comparison reads all of them
+    /// anyway.
+    size_t operator()(std::string_view text) const {
+      constexpr size_t kEnd = 32;
+      const std::hash<std::string_view> hash;
+      return hash(text.substr(0, kEnd)) ^ hash(text.substr(text.size() - std::min(text.size(), kEnd))) ^ text.size();
+    }
   };
   template <typename T>
   using ByText = std::unordered_map<std::string, T, Hash, std::equal_to<>>;
