@@ -5,9 +5,11 @@
 #include <vynlib/vynlib.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <thread>
 #include <vector>
 
 #include "KernelSmbus.h"
@@ -120,6 +122,44 @@ TEST_F(Driver, WorksOnceTheLibraryIsDown) {
   EXPECT_EQ(0x2A, monitor.Read(kCurrentRegister));
   EXPECT_TRUE(monitor.Write(kCurrentRegister, 0x2B));
   EXPECT_EQ(0x2B, monitor.Read(kCurrentRegister));
+}
+
+/// Reads of one side while the other reads as well.
+struct Tally {
+  int reads = 0, wrong = 0, failed = 0;
+  void Count(int got, int byte) {
+    ++reads;
+    failed += got < 0;
+    wrong += got >= 0 && got != byte;
+  }
+  void Print(const char* name) const {
+    const double each = 10000.0 / std::max(reads, 1);
+    std::printf("| %s | %d | %d | %d | %.0f | %.0f |\n", name, reads, wrong, failed, wrong * each, failed * each);
+  }
+};
+
+// Figures are printed and not judged: the controller of this machine has no semaphore for the two to share, and the
+// driver asks for none. What is judged is that neither leaves the controller unusable for the other.
+TEST_F(DriverAndLibrary, BothAtOnceLeaveTheControllerUsable) {
+  constexpr uint8_t kByte = 0x5A, kOther = 0xC3;
+  constexpr int kLibraryReads = 1000;
+  const guest::KernelSmbus monitor(bus, kMonitor), switches(bus, kSwitches);
+  ASSERT_TRUE(monitor.Write(kCurrentRegister, kByte));
+  ASSERT_TRUE(switches.Write(kPowerRegister, kOther));
+  Tally driver, library;
+  std::atomic<bool> over = false;
+  std::thread reader([&] {
+    while (!over) driver.Count(switches.Read(kPowerRegister), kOther);
+  });
+  for (int i = 0; i < kLibraryReads; i++) library.Count(LibraryRead(), kByte);
+  over = true;
+  reader.join();
+  std::printf(
+      "| at once | reads | wrong | failed | wrong per 10,000 | failed per 10,000 |\n|---|---:|---:|---:|---:|---:|\n");
+  driver.Print("kernel driver");
+  library.Print("library");
+  EXPECT_EQ(kByte, LibraryRead());
+  EXPECT_EQ(kOther, switches.Read(kPowerRegister));
 }
 
 // Times are printed and not judged: they are those of an emulated machine on a host that may be busy.
