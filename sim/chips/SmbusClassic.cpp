@@ -18,6 +18,7 @@ enum Status : uint8_t {
   kByteDone = 0x80,
 };
 constexpr uint8_t kErrors = kDeviceError | kBusError | kFailed;
+constexpr uint8_t kOutcomeBits[] = {kDone, kDeviceError, kBusError, kFailed};
 constexpr uint8_t kStart = 0x40;
 constexpr uint8_t kLastByte = 0x20;
 constexpr uint8_t kAuxBuffer = 2;
@@ -35,7 +36,6 @@ struct Family {
   uint8_t kill;            ///< control bit
   bool semaphore;          ///< reading the status takes kInUse
   bool lock;               ///< kLock shares the host with an embedded controller
-  uint64_t settling;       ///< microseconds from a start during which the status says nothing
   SmbusLayout layout;
 };
 
@@ -49,6 +49,7 @@ class ClassicHost : public SmbusHost {
   uint8_t ReadRegister(Board& board, unsigned offset) override;
   void WriteRegister(Board& board, unsigned offset, uint8_t value) override;
   void Finish(Board& board) override;
+  void Announce(Outcome outcome) override { status_ |= kOutcomeBits[static_cast<size_t>(outcome)]; }
   void Stopped() override;
   bool AsksForHost(unsigned offset) const override { return family_.lock && offset == kLock; }
 
@@ -145,7 +146,7 @@ void ClassicHost::Stopped() {
 void ClassicHost::Start(Board& board) {
   const auto kind = SmbusProtocol(registers_[kControl] >> family_.protocolShift);
   transfer_ = {kind, (registers_[kAddress] & 1) != 0, registers_[kAddress], registers_[kCommand], {}, 0};
-  settled_ = Now(board) + family_.settling;
+  settled_ = Now(board) + family_.layout.settling;
   bytewise_ = false;
   if (kind == SmbusTransfer::kBlock && !Buffered()) return StartBytewise(board);
   if (kind == SmbusTransfer::kByteData) transfer_.data = {registers_[kData0]};
@@ -166,8 +167,7 @@ void ClassicHost::Received() {
 }
 
 void ClassicHost::Report(Outcome outcome) {
-  constexpr uint8_t kBits[] = {kDone, kDeviceError, kBusError, kFailed};
-  status_ |= kBits[static_cast<size_t>(outcome)];
+  if (!Announced()) status_ |= kOutcomeBits[static_cast<size_t>(outcome)];
   bytewise_ = false;
 }
 
@@ -215,7 +215,7 @@ void ClassicHost::FinishByte(Board& board) {
   if (told && family_.blocks == Family::kWindowOrBuffer) transfer_.data.resize(std::min(moved_, length));
 }
 
-constexpr SmbusLayout Layout(uint8_t startByteRead, uint8_t next, uint8_t inUse) {
+constexpr SmbusLayout Layout(uint8_t startByteRead, uint8_t next, uint8_t inUse, uint64_t settling = 0) {
   return {.status = kStatus,
           .control = kControl,
           .address = kAddress,
@@ -226,15 +226,16 @@ constexpr SmbusLayout Layout(uint8_t startByteRead, uint8_t next, uint8_t inUse)
           .done = kDone,
           .errors = kErrors,
           .next = next,
-          .inUse = inUse};
+          .inUse = inUse,
+          .settling = settling};
 }
 
-constexpr Family kIch = {Family::kWindowOrBuffer, 2, 2, true, false, 0, Layout(0x48, kByteDone, kInUse)};
-constexpr Family kPiix4 = {Family::kBuffer, 2, 2, false, false, 0, Layout(0x48, 0, 0)};
-constexpr Family kFch = {Family::kBuffer, 2, 2, false, true, 0, Layout(0x48, 0, 0)};
-constexpr Family kServerWorks = {Family::kBuffer, 2, 2, false, false, 2000, Layout(0x48, 0, 0)};
-constexpr Family kVia = {Family::kBuffer, 2, 2, true, false, 0, Layout(0x48, 0, kInUse)};
-constexpr Family kUli = {Family::kStartPerByte, 3, 4, false, false, 0, Layout(0x50, kByteDone, 0)};
+constexpr Family kIch = {Family::kWindowOrBuffer, 2, 2, true, false, Layout(0x48, kByteDone, kInUse)};
+constexpr Family kPiix4 = {Family::kBuffer, 2, 2, false, false, Layout(0x48, 0, 0)};
+constexpr Family kFch = {Family::kBuffer, 2, 2, false, true, Layout(0x48, 0, 0)};
+constexpr Family kServerWorks = {Family::kBuffer, 2, 2, false, false, Layout(0x48, 0, 0, 2000)};
+constexpr Family kVia = {Family::kBuffer, 2, 2, true, false, Layout(0x48, 0, kInUse)};
+constexpr Family kUli = {Family::kStartPerByte, 3, 4, false, false, Layout(0x50, kByteDone, 0)};
 
 }  // namespace
 

@@ -56,19 +56,19 @@ void SmbusHost::Poke(Board& board, unsigned offset, uint8_t value) {
 
 // --- time ---
 
-void SmbusHost::Put(Board& board, uint64_t takes, std::shared_ptr<SmbusSlave> slave) {
-  expired_ = false;
+void SmbusHost::Put(Board& board, uint64_t takes, std::optional<uint8_t> address, std::shared_ptr<SmbusSlave> slave) {
+  expired_ = announced_ = false;
   stopAt_.reset();
-  wire_ = {Now(board), takes, std::move(slave), foreign_, board.PortAccesses()};
+  wire_ = {Now(board), takes, address, std::move(slave), foreign_, board.PortAccesses()};
 }
 
 void SmbusHost::Begin(Board& board, const SmbusTransfer& transfer, unsigned wireBytes) {
   const auto slave = slaves.find(transfer.address & kAddressMask);
-  Put(board, wireBytes * microsecondsPerByte + Conditions(transfer) * microsecondsPerStart,
+  Put(board, wireBytes * microsecondsPerByte + Conditions(transfer) * microsecondsPerStart, transfer.address,
       slave == slaves.end() || segment != 0 ? nullptr : slave->second);
 }
 
-void SmbusHost::Continue(Board& board, unsigned wireBytes) { Put(board, wireBytes * microsecondsPerByte, nullptr); }
+void SmbusHost::Continue(Board& board, unsigned wireBytes) { Put(board, wireBytes * microsecondsPerByte, {}, nullptr); }
 
 /// Not while a slave still holds the clock from before.
 uint64_t SmbusHost::WireBegins() const {
@@ -107,9 +107,19 @@ void SmbusHost::End(Board& board, uint64_t due) {
   Finish(board);
 }
 
+/// Chips show an error as soon as they know, with the stop condition still to come.
+void SmbusHost::Foresee(uint64_t due) {
+  if (announced_ || !wire_->address || microsecondsPerStart == 0 || due > Later(now_, microsecondsPerByte)) return;
+  const Outcome outcome = Probe(*wire_->address);
+  if (outcome == Outcome::kDone) return;
+  announced_ = true;
+  Announce(outcome);
+}
+
 void SmbusHost::Advance(Board& board) {
   now_ = Now(board);
   const uint64_t due = wire_ ? std::min(Due(), Expires()) : kSmbusForever;
+  if (wire_) Foresee(due);
   const uint64_t stop = stopAt_.value_or(kSmbusForever);
   if (due <= now_ && due <= stop) return End(board, due);
   if (stop > now_) return;

@@ -45,6 +45,7 @@ struct SmbusLayout {
   uint8_t done, errors;   ///< status; written as 1 to clear
   uint8_t next = 0;       ///< status: clearing it moves a block on
   uint8_t inUse = 0;      ///< status: semaphore that reading takes and writing 1 gives back; 0: none
+  uint64_t settling = 0;  ///< microseconds from a start during which the status says nothing
 };
 
 /// A register that the program under test wrote.
@@ -105,6 +106,10 @@ class SmbusHost : public PortDevice {
   virtual void WriteRegister(Board& board, unsigned offset, uint8_t value) = 0;
   /// The time that Begin set has passed.
   virtual void Finish(Board& board) = 0;
+  /// A transfer that ends with this error is on its last byte. Finish comes all the same.
+  virtual void Announce(Outcome) {}
+  /// What Announce told is not to be told again.
+  bool Announced() const { return announced_; }
   /// A transfer ends as the program asked; nothing may be running.
   virtual void Stopped() = 0;
   /// A register through which the host is asked for; it may be written at any time.
@@ -133,6 +138,7 @@ class SmbusHost : public PortDevice {
   /// What is on the wires.
   struct Wire {
     uint64_t began, takes;              ///< `takes` without stretching
+    std::optional<uint8_t> address;     ///< none when the transfer only goes on
     std::shared_ptr<SmbusSlave> slave;  ///< null: none answers, or the clock was already held in this transfer
     bool foreign;
     uint64_t accesses;  ///< of the board when it began
@@ -143,7 +149,8 @@ class SmbusHost : public PortDevice {
     std::shared_ptr<SmbusSlave> slave;
   };
 
-  void Put(Board& board, uint64_t takes, std::shared_ptr<SmbusSlave> slave);
+  void Put(Board& board, uint64_t takes, std::optional<uint8_t> address, std::shared_ptr<SmbusSlave> slave);
+  void Foresee(uint64_t due);
   void Advance(Board& board);
   void End(Board& board, uint64_t due);
   uint64_t WireBegins() const;
@@ -157,6 +164,7 @@ class SmbusHost : public PortDevice {
   std::optional<Wire> wire_;
   std::optional<uint64_t> stopAt_;
   Hold hold_;
+  bool announced_ = false;
   bool expired_ = false;  ///< the last transfer ended by itself
   bool foreign_ = false;  ///< another user is at the registers
   uint8_t pointer_ = 0;   ///< register that byte transfers without a command go to

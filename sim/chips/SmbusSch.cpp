@@ -8,6 +8,7 @@ namespace {
 
 enum Register : unsigned { kControl = 0, kStatus, kClock, kAddress = 4, kCommand, kData, kBlock = 0x20 };
 enum Status : uint8_t { kDone = 1, kDeviceError = 2, kCollision = 4, kBusy = 8 };
+constexpr uint8_t kOutcomeBits[] = {kDone, kDeviceError, kCollision, kCollision};
 constexpr uint8_t kStart = 0x10;
 /// Alert and system management interrupts: settings that have nothing to do with a transfer.
 constexpr uint8_t kOthers = 0xE0;
@@ -37,6 +38,7 @@ class SchHost : public SmbusHost {
   uint8_t ReadRegister(Board&, unsigned offset) override;
   void WriteRegister(Board& board, unsigned offset, uint8_t value) override;
   void Finish(Board& board) override;
+  void Announce(Outcome outcome) override { status_ |= kOutcomeBits[static_cast<size_t>(outcome)]; }
   void Stopped() override;
 
  private:
@@ -93,9 +95,8 @@ void SchHost::Start(Board& board) {
 }
 
 void SchHost::Finish(Board& board) {
-  constexpr uint8_t kBits[] = {kDone, kDeviceError, kCollision, kCollision};
   const Outcome outcome = Execute(board, transfer_);
-  status_ |= kBits[static_cast<size_t>(outcome)];
+  if (!Announced()) status_ |= kOutcomeBits[static_cast<size_t>(outcome)];
   if (outcome != Outcome::kDone || !transfer_.read) return;
   const bool block = transfer_.kind == SmbusTransfer::kBlock;
   if (block) registers_[kData] = transfer_.count;

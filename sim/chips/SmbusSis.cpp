@@ -8,6 +8,7 @@ namespace {
 
 enum Register : unsigned { kStatus = 0, kBusyClock = 2, kControl, kAddress, kCommand, kCount = 7, kData };
 enum Status : uint8_t { kDeviceError = 2, kCollision = 4, kDone = 8, kArrayDone = 0x10 };
+constexpr uint8_t kOutcomeBits[] = {kDone, kDeviceError, kCollision, kCollision};
 constexpr uint8_t kErrors = kDeviceError | kCollision;
 constexpr uint8_t kHostBusy = 1;
 constexpr uint8_t kStart = 0x10, kKill = 0x20;
@@ -39,6 +40,7 @@ class SisHost : public SmbusHost {
   uint8_t ReadRegister(Board&, unsigned offset) override;
   void WriteRegister(Board& board, unsigned offset, uint8_t value) override;
   void Finish(Board& board) override;
+  void Announce(Outcome outcome) override { status_ |= kOutcomeBits[static_cast<size_t>(outcome)]; }
   void Stopped() override;
 
  private:
@@ -112,8 +114,7 @@ void SisHost::Start(Board& board) {
 }
 
 void SisHost::End(Outcome outcome) {
-  constexpr uint8_t kBits[] = {kDone, kDeviceError, kCollision, kCollision};
-  status_ |= kBits[static_cast<size_t>(outcome)];
+  if (!Announced()) status_ |= kOutcomeBits[static_cast<size_t>(outcome)];
   open_ = false;
 }
 

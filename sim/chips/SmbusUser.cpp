@@ -1,6 +1,8 @@
 // What another user of an SMBus host does, step by step.
 #include "sim/chips/SmbusUser.h"
 
+#include <algorithm>
+
 namespace sim {
 namespace {
 
@@ -57,6 +59,7 @@ void SmbusUser::StartRead(Board& board) {
   host_->Poke(board, layout.command, plan_.command);
   host_->Poke(board, layout.control, layout.startByteRead);
   stage_ = Stage::kWaiting;
+  next_ = board.Microseconds() + std::max(kPause, layout.settling);
 }
 
 void SmbusUser::TakeResult(Board& board) {

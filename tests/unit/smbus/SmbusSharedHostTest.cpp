@@ -60,6 +60,29 @@ TEST_F(SharedHost, CountsTheTransfersOfTheProgram) {
   EXPECT_EQ(host->timing.late, 3u + 400 + 1 - 390);
 }
 
+TEST_F(SharedHost, ShowsAnErrorBeforeItIsIdle) {
+  Make(sim::MakeSmbusPiix4);
+  host->slaves.clear();
+  StartByteRead();
+  board.Sleep(290);
+  EXPECT_EQ(In(0), 1u);
+  board.Sleep(10);
+  EXPECT_EQ(In(0), 5u);
+  board.Sleep(90);
+  EXPECT_EQ(In(0), 4u);
+}
+
+TEST_F(SharedHost, LosesAnErrorThatIsClearedBeforeItIsIdle) {
+  Make(sim::MakeSmbusPiix4);
+  host->slaves.clear();
+  StartByteRead();
+  board.Sleep(310);
+  EXPECT_EQ(In(0), 5u);
+  Out(0, 0xFF);
+  board.Sleep(90);
+  EXPECT_EQ(In(0), 0u);
+}
+
 TEST_F(SharedHost, WaitsForASlaveThatHoldsTheClock) {
   Make(sim::MakeSmbusPiix4);
   slave->stretch = 20000;

@@ -26,21 +26,39 @@ TEST_P(AnotherTransfer, IsTheOneOfTheBoard) {
 }
 
 TEST_P(AnotherTransfer, EndsBeforeOursBegins) {
-  slow->stretch = GetParam().settles + 2 * kMillisecond;
-  Another(0, kSlow, false);
-  board.Sleep(GetParam().settles);
+  slow->stretch = host->Layout().settling + 2 * kMillisecond;
+  const auto another = Another(0, kSlow, false);
+  board.Sleep(host->Layout().settling);
   ASSERT_TRUE(RunsNow());
   ExpectReads();
+  EXPECT_TRUE(another->Over());
+  EXPECT_EQ(another->Reads(), (sim::SmbusUser::Tally{.right = 1}));
   EXPECT_THAT(WritesToAnothersHost(), IsEmpty());
 }
 
 TEST_P(AnotherTransfer, ThatDoesNotEndIsNotWaitedForForever) {
   slow->stretch = sim::kSmbusForever;
   Another(0, kSlow, false);
-  board.Sleep(GetParam().settles);
+  board.Sleep(host->Layout().settling);
   const Outcome outcome = Read(kSlave);
   EXPECT_EQ(outcome.done, 0);
   EXPECT_LT(outcome.took, kSecond);
+}
+
+TEST_P(AnotherTransfer, MayHaveLeftItsResult) {
+  LeaveBehind(kSlow);
+  ExpectReads();
+  LeaveBehind(kMissing);
+  ExpectReads();
+}
+
+TEST_P(AnotherTransfer, ThatDoesNotEndKeepsTheBitsBesideIt) {
+  LeaveBehind(kSlave);
+  slow->stretch = sim::kSmbusForever;
+  StartAnothers(kSlow);
+  board.Sleep(host->Layout().settling);
+  ASSERT_TRUE(RunsNow());
+  EXPECT_EQ(Read(kSlave).done, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, AnotherTransfer, testing::ValuesIn(kSharedRows), SharedRowName);
@@ -94,6 +112,24 @@ TEST_P(SharedSemaphore, IsTakenByOneAtATime) {
   for (const auto& another : {first, second}) {
     EXPECT_GE(another->Reads().right, 1u);
     EXPECT_EQ(another->Reads(), (sim::SmbusUser::Tally{.right = another->Reads().right}));
+    EXPECT_TRUE(another->Over());
+  }
+  EXPECT_THAT(WritesToAnothersHost(), IsEmpty());
+}
+
+TEST_P(SharedSemaphore, IsSharedAtEveryPhase) {
+  for (uint64_t later = 0; later < 1500; later += 29) {
+    const uint64_t now = board.Microseconds();
+    const auto another = sim::SmbusUser::Start(board, host,
+                                               {.from = now + later,
+                                                .until = now + later + kMillisecond,
+                                                .address = kSlave,
+                                                .command = kCommand,
+                                                .expected = kValue});
+    ExpectReads();
+    board.Sleep(5 * kMillisecond);
+    EXPECT_GE(another->Reads().right, 2u) << later;
+    EXPECT_EQ(another->Reads(), (sim::SmbusUser::Tally{.right = another->Reads().right})) << later;
     EXPECT_TRUE(another->Over());
   }
   EXPECT_THAT(WritesToAnothersHost(), IsEmpty());

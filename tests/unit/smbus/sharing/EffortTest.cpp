@@ -21,14 +21,20 @@ class SMBusEffort : public SharedBoard, public testing::WithParamInterface<Share
  protected:
   void SetUp() override {
     Build(GetParam());
-    measured = Measure();
-    table[GetParam().name] = measured;
+    measured = worst = Measure();
+    for (uint64_t slower = 1; slower <= 8; ++slower) {
+      host->microsecondsPerByte = 90 + slower;
+      Worsen(Measure());
+    }
+    table[GetParam().name] = {measured, worst};
   }
   static void TearDownTestSuite() {
     std::printf("%-14s %9s %8s %6s %6s %6s %7s\n", "byte read", "accesses", "search", "wire", "spun", "late", "beyond");
-    for (const auto& [name, effort] : table)
+    for (const auto& [name, efforts] : table) {
+      const auto& [effort, most] = efforts;
       std::printf("%-14s %9llu %8llu %6llu %6llu %6llu %7llu\n", name.c_str(), Long(effort.accesses),
-                  Long(effort.search), Long(effort.wire), Long(effort.spun), Long(effort.late), Long(effort.beyond));
+                  Long(effort.search), Long(effort.wire), Long(effort.spun), Long(most.late), Long(most.beyond));
+    }
   }
   static unsigned long long Long(uint64_t value) { return value; }
 
@@ -51,14 +57,21 @@ class SMBusEffort : public SharedBoard, public testing::WithParamInterface<Share
     effort.accesses = board.PortAccesses() - accesses - effort.search;
     effort.wire = host->timing.wire;
     effort.spun = host->timing.accesses * board.pace.portAccess;
-    const uint64_t unseen = GetParam().settles > effort.wire ? GetParam().settles - effort.wire : 0;
+    const uint64_t settling = host->Layout().settling;
+    const uint64_t unseen = settling > effort.wire ? settling - effort.wire : 0;
     effort.late = host->timing.late > unseen ? host->timing.late - unseen : 0;
     effort.beyond = outcome.took - effort.wire - unseen - effort.search * board.pace.portAccess;
     return effort;
   }
 
-  Effort measured;
-  static inline std::map<std::string, Effort> table;
+  /// Polls meet the end of a transfer in any phase.
+  void Worsen(const Effort& effort) {
+    worst.late = std::max(worst.late, effort.late);
+    worst.beyond = std::max(worst.beyond, effort.beyond);
+  }
+
+  Effort measured, worst;
+  static inline std::map<std::string, std::pair<Effort, Effort>> table;
 };
 
 // Two reads for each of the functions of one bus, looked for twice.
@@ -69,12 +82,12 @@ TEST_P(SMBusEffort, TakesAtMost60Accesses) { EXPECT_LE(measured.accesses, 60u); 
 // Start, four bytes with their acknowledge bits, a second start, stop.
 TEST_P(SMBusEffort, LeavesNineTenthsOfTheWiresTimeToOthers) {
   EXPECT_EQ(measured.wire, 4u * 90 + 3 * 10);
-  EXPECT_LE(measured.spun * 10, std::max(measured.wire, GetParam().settles));
+  EXPECT_LE(measured.spun * 10, std::max(measured.wire, host->Layout().settling));
 }
 
-TEST_P(SMBusEffort, SeesTheEndWithin60Microseconds) { EXPECT_LE(measured.late, 60u); }
+TEST_P(SMBusEffort, SeesTheEndWithin60Microseconds) { EXPECT_LE(worst.late, 60u); }
 
-TEST_P(SMBusEffort, TakesAtMost60MicrosecondsBeyondTheWires) { EXPECT_LE(measured.beyond, 60u); }
+TEST_P(SMBusEffort, TakesAtMost60MicrosecondsBeyondTheWires) { EXPECT_LE(worst.beyond, 60u); }
 
 INSTANTIATE_TEST_SUITE_P(Rows, SMBusEffort, testing::ValuesIn(kSharedRows), SharedRowName);
 

@@ -1,4 +1,6 @@
 // Every record with devices that hold the clock, that are missing, and with hosts that give up by themselves.
+#include <utility>
+
 #include "SharedBoard.h"
 
 namespace {
@@ -11,10 +13,32 @@ TEST_P(SlowDevice, IsWaitedForAsLongAsTheBusAllows) {
   ExpectReads();
 }
 
-TEST_P(SlowDevice, IsWaitedForWhenSleepsAreExact) {
-  board.pace.sleepExtra = 0;
+TEST_P(SlowDevice, IsWaitedForWhateverAccessesAndSleepsCost) {
   slow->stretch = 24 * kMillisecond;
-  ExpectReads(kSlow, kSlowValue);
+  for (const auto& [portAccess, sleepExtra] : {std::pair<uint64_t, uint64_t>{1, 0}, {2, 0}, {1, 60}, {20, 100}}) {
+    board.pace.portAccess = portAccess;
+    board.pace.sleepExtra = sleepExtra;
+    ExpectReads(kSlow, kSlowValue);
+  }
+}
+
+TEST_P(SlowDevice, IsWaitedForInWordsAndBlocks) {
+  slow->stretch = 20 * kMillisecond;
+  unsigned char bytes[32] = {3, 4};
+  EXPECT_EQ(TSMBus::GetInstance()->ReadSmbusWord(kSlow, bytes, kCommand, 1), 1);
+  EXPECT_EQ(bytes[0], kSlowValue);
+  EXPECT_EQ(TSMBus::GetInstance()->WriteSmbusBlock(kSlow, bytes, kCommand, 4), 1);
+  int count = 0;
+  EXPECT_EQ(TSMBus::GetInstance()->ReadSmbusBlock(kSlow, bytes, kCommand, &count), 1);
+  EXPECT_EQ(count, 4);
+}
+
+TEST_P(SlowDevice, ThatNeverEndsIsStoppedByAHostThatTakesItsTime) {
+  host->microsecondsToStop = kMillisecond;
+  slow->stretch = sim::kSmbusForever;
+  ExpectFails(kSlow);
+  slow->stretch = 0;
+  ExpectReads();
 }
 
 TEST_P(SlowDevice, IsGivenUpInTimeAndLeavesTheBusUsable) {
