@@ -10,7 +10,8 @@
 #include "firmware/BiosInfo.h"
 #include "firmware/IadtBuilder.h"
 #include "firmware/IamtBuilder.h"
-#include "sim/Board.h"
+#include "tests/support/Machine.h"
+#include "tests/support/Printed.h"
 #include "vynlib/vynlib.h"
 
 using firmware::Command;
@@ -71,9 +72,8 @@ void AddSensors(firmware::IadtBuilder* iadt) {
   iadt->Add(Record::Sensor("fan", 2).Name("CPU Fan").Commands({Pair(kFanHigh).Get(), Pair(kFanLow).Get()}));
 }
 
-class Life : public testing::Test {
+class Life : public testing::Test, protected support::Machine {
  protected:
-  sim::Board board;
   std::shared_ptr<std::array<uint8_t, 256>> chip = board.IndexData(kIndex, kData);
   std::string printed;
 
@@ -90,17 +90,11 @@ class Life : public testing::Test {
         .Table(iadt.Build())
         .PutInto(&board);
     board.Memory(0xF4000, firmware::BiosInfo{.model = "VX-2000"}.Build());
-    sim::Board::MakeCurrent(&board);
     Start();
   }
-  ~Life() override {
-    VynLibDllUnInit();
-    sim::Board::MakeCurrent(nullptr);
-  }
+  ~Life() override { VynLibDllUnInit(); }
   void Start() {
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(VynLibDllInit(), 1);
-    printed = testing::internal::GetCapturedStdout();
+    printed = support::Printed([] { EXPECT_EQ(VynLibDllInit(), 1); });
   }
 };
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/Printed.h"
 #include "tests/unit/api/FeatureCases.h"
 
 using apitest::Call;
@@ -18,9 +19,7 @@ class ReferenceBoard : public testing::Test {
  protected:
   ReferenceBoard() {
     setenv("VYNLIB_BOARD", REFERENCE_BOARD, 1);
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(VynLibDllInit(), 1);
-    EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::StartsWith("ModelName::"));
+    EXPECT_THAT(support::Printed([] { EXPECT_EQ(VynLibDllInit(), 1); }), testing::StartsWith("ModelName::"));
   }
   ~ReferenceBoard() override { VynLibDllUnInit(); }
 

@@ -11,11 +11,10 @@
 /// Each state is 0 or 1, and 0 at the beginning.
 #pragma once
 
-#include <memory>
 #include <string_view>
 
-#include "sim/Board.h"
 #include "sim/chips/SmbusHost.h"
+#include "tests/support/Machine.h"
 
 namespace small_board {
 
@@ -47,18 +46,9 @@ class Quiet {
 /// VynLibDllInit, which prints, quietly.
 int Start();
 
-/// Such a board, current while it lives.
-class Machine {
- public:
-  explicit Machine(std::string_view controller) {
-    Build(&board, controller);
-    sim::Board::MakeCurrent(&board);
-  }
-  ~Machine() { sim::Board::MakeCurrent(nullptr); }
-  Machine(const Machine&) = delete;
-  Machine& operator=(const Machine&) = delete;
-
-  sim::Board board;
+/// The machine with such a board.
+struct Machine : support::Machine {
+  explicit Machine(std::string_view controller) { Build(&board, controller); }
 };
 
 }  // namespace small_board

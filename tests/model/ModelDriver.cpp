@@ -11,9 +11,9 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "sim/Board.h"
 #include "smbus/TSMBus.h"
 #include "tables/TIAxTCommon.h"
+#include "tests/support/CurrentBoard.h"
 #include "vynlib/vynlib.h"
 
 namespace {
@@ -185,9 +185,9 @@ void KeepDetection() {
 }
 
 json Run(const json& request, Printed* printed) {
-  sim::Board board;
+  support::CurrentBoard current;
+  sim::Board& board = current.board;
   AddMachine(request["machine"], &board);
-  sim::Board::MakeCurrent(&board);
   json answer;
   board.logging = false;
   answer["init"] = {VynLibDllInit(), VynLibDllGetLastError()};
@@ -209,9 +209,8 @@ json Run(const json& request, Printed* printed) {
 int main() {
   Printed printed;
   {
-    sim::Board empty;
-    sim::Board::MakeCurrent(&empty);
-    empty.logging = false;
+    support::CurrentBoard empty;
+    empty.board.logging = false;
     TSMBus::GetInstance();
   }
   for (std::string line; std::getline(std::cin, line);) printed.Answer(Run(json::parse(line), &printed).dump());

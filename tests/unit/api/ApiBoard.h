@@ -13,7 +13,8 @@
 #include "firmware/AcpiImage.h"
 #include "firmware/IadtBuilder.h"
 #include "firmware/IamtBuilder.h"
-#include "sim/Board.h"
+#include "tests/support/Machine.h"
+#include "tests/support/Printed.h"
 #include "vynlib/vynlib.h"
 
 namespace apitest {
@@ -25,14 +26,12 @@ using firmware::Record;
 /// Small numbers to go through: for (const uint8_t selector : Numbers{1, 2}).
 using Numbers = std::initializer_list<uint8_t>;
 
-class Api : public testing::Test {
+class Api : public testing::Test, protected support::Machine {
  protected:
-  sim::Board board;
   firmware::IadtBuilder iadt;
   firmware::IamtBuilder iamt;
   std::string printed;  ///< by the start
 
-  Api() { sim::Board::MakeCurrent(&board); }
   ~Api() override { Stop(); }
 
   /// Puts the tables built so far into memory and initialises the library; the log is empty afterwards.
@@ -41,9 +40,7 @@ class Api : public testing::Test {
     StartWithoutTables();
   }
   void StartWithoutTables() {
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(VynLibDllInit(), 1);
-    printed = testing::internal::GetCapturedStdout();
+    printed = support::Printed([] { EXPECT_EQ(VynLibDllInit(), 1); });
     board.Log().clear();
   }
   /// As if the library had been loaded afresh.
@@ -51,12 +48,10 @@ class Api : public testing::Test {
     VynLibDllUnInit();
     api::InitOk = 0;
     api::LastErrorCode = 0;
-    sim::Board::MakeCurrent(nullptr);
   }
   /// Stops and forgets the tables, for a test that starts more than once.
   void StartOver() {
     Stop();
-    sim::Board::MakeCurrent(&board);
     iadt = {};
     iamt = {};
   }

@@ -333,9 +333,8 @@ TEST_F(TableSupported, Is0WithOneTableAlone) {
   EXPECT_EQ(VynLibTableSupported(2), 0);
   EXPECT_EQ(VynLibDllGetLastError(), 99u);
   Stop();
-  sim::Board other;
-  sim::Board::MakeCurrent(&other);
-  firmware::AcpiImage().Table(iamt.Build()).PutInto(&other);
+  support::CurrentBoard other;
+  firmware::AcpiImage().Table(iamt.Build()).PutInto(&other.board);
   StartWithoutTables();
   EXPECT_EQ(VynLibTableSupported(2), 0);
   Stop();

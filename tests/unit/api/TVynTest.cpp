@@ -10,22 +10,12 @@ using apitest::Bytes;
 
 namespace {
 
-class BiosInfoSearch : public testing::Test {
+class BiosInfoSearch : public testing::Test, protected support::Machine {
  protected:
-  sim::Board board;
-
-  BiosInfoSearch() { sim::Board::MakeCurrent(&board); }
-  ~BiosInfoSearch() override {
-    TReadWrite::FreeInstance();
-    sim::Board::MakeCurrent(nullptr);
-  }
-
   void Put(uint32_t address, const firmware::BiosInfo& info) { board.Memory(address, info.Build()); }
   /// What creating the object prints.
   std::string Search() {
-    testing::internal::CaptureStdout();
-    vyn = std::make_unique<TVyn>();
-    return testing::internal::GetCapturedStdout();
+    return support::Printed([this] { vyn = std::make_unique<TVyn>(); });
   }
 
   std::unique_ptr<TVyn> vyn;

@@ -8,22 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "hw/TReadWrite.h"
-#include "sim/Board.h"
+#include "tests/support/Machine.h"
+#include "tests/support/Printed.h"
 
 namespace hwtest {
 
-/// The board is current for as long as this lives; its log starts empty, after the constructor of `rw`.
-struct Hardware {
-  struct Current {
-    explicit Current(sim::Board* board) { sim::Board::MakeCurrent(board); }
-    ~Current() { sim::Board::MakeCurrent(nullptr); }
-    Current(const Current&) = delete;
-    Current& operator=(const Current&) = delete;
-  };
-
-  sim::Board board;
-  Current current{&board};
+/// The log starts empty, after the constructor of `rw`.
+struct Hardware : support::Machine {
   TReadWrite rw;
 
   Hardware() { board.Log().clear(); }
@@ -33,9 +24,7 @@ struct Hardware {
 template <typename Action>
 int RefusalsPrinted(Action action) {
   static const std::string line = "Please run as root!\n";
-  testing::internal::CaptureStdout();
-  action();
-  const std::string output = testing::internal::GetCapturedStdout();
+  const std::string output = support::Printed(action);
   size_t end = 0;
   while (output.compare(end, line.size(), line) == 0) end += line.size();
   EXPECT_EQ(output.substr(end), "");

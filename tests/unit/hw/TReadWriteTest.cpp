@@ -14,13 +14,7 @@ using testing::Not;
 namespace {
 
 /// A board on which an instance may be created, and no instance left behind.
-class TReadWriteInstance : public testing::Test {
- protected:
-  ~TReadWriteInstance() override { TReadWrite::FreeInstance(); }
-
-  sim::Board board;
-  hwtest::Hardware::Current current{&board};
-};
+class TReadWriteInstance : public testing::Test, protected support::Machine {};
 
 using GetInstance = TReadWriteInstance;
 using FreeInstance = TReadWriteInstance;
@@ -28,8 +22,8 @@ using FreeInstance = TReadWriteInstance;
 }  // namespace
 
 TEST(TReadWriteConstructor, RaisesThePrivilegeLevelTo3) {
-  sim::Board board;
-  const hwtest::Hardware::Current current(&board);
+  support::Machine machine;
+  sim::Board& board = machine.board;
   const TReadWrite rw;
   EXPECT_EQ(rw.IoplFailed, 0);
   EXPECT_EQ(rw.PcieBase, 0xFFFFFFFFu);
@@ -37,8 +31,8 @@ TEST(TReadWriteConstructor, RaisesThePrivilegeLevelTo3) {
 }
 
 TEST(TReadWriteConstructor, RemembersThatTheLevelWasRefused) {
-  sim::Board board;
-  const hwtest::Hardware::Current current(&board);
+  support::Machine machine;
+  sim::Board& board = machine.board;
   board.privileged = false;
   const TReadWrite rw;
   EXPECT_NE(rw.IoplFailed, 0);
@@ -46,8 +40,8 @@ TEST(TReadWriteConstructor, RemembersThatTheLevelWasRefused) {
 }
 
 TEST(TReadWriteDestructor, DropsThePrivilegeLevelTo0) {
-  sim::Board board;
-  const hwtest::Hardware::Current current(&board);
+  support::Machine machine;
+  sim::Board& board = machine.board;
   { const TReadWrite rw; }
   EXPECT_THAT(board.Log(), ElementsAre(Iopl(3), Iopl(0)));
 }

@@ -400,9 +400,9 @@ TEST(Arithmetic, NotNeedsASecondOperand) { ExpectRefused({"Not(1)"}); }
 TEST(DelayCommand, SleepsMicrosecondsAndReportsNothing) { ExpectEach({{"Delay 10", {Sleep(10)}, kUntouched}}); }
 
 TEST(HardwareCommands, FailWithoutPrivilege) {
-  sim::Board board;
+  support::Machine machine;
+  sim::Board& board = machine.board;
   board.privileged = false;
-  const scripttest::Current current(&board);
   testing::internal::CaptureStdout();
   TInterpreter interpreter;
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "Please run as root!\n");

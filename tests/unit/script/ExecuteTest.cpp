@@ -1,6 +1,6 @@
+// Statements, blocks and loops, run.
 #include "tests/unit/script/Machine.h"
 
-using scripttest::Answer;
 using scripttest::kUntouched;
 using scripttest::Machine;
 using sim::In8;
@@ -16,8 +16,8 @@ const char* const kStatusWait = "Delay 10; Wait{2,0x8000,Local1=i(Local0); BkIf1
 
 /// A machine whose port 0xC00, named by LOCAL0, answers with the given values in turn.
 struct Controller : Machine {
-  explicit Controller(std::vector<uint8_t> status) {
-    Answer(this, 0xC00, std::move(status));
+  explicit Controller(std::vector<uint32_t> status) {
+    support::Answer(&board, 0xC00, std::move(status));
     interpreter.Locals[0] = 0xC00;
     board.Log().clear();
   }
@@ -174,7 +174,7 @@ TEST(InterpretWait, TakesSpacesBetweenItsWords) {
 }
 
 TEST(InterpretWait, WithCountZeroHasNoBound) {
-  std::vector<uint8_t> answers(100000, 1);
+  std::vector<uint32_t> answers(100000, 1);
   answers.push_back(0);
   Controller machine(answers);
   EXPECT_TRUE(machine.Run("Wait{0,0,i(0xC00)}"));

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "hw/Platform.h"
-#include "sim/Board.h"
+#include "tests/support/CurrentBoard.h"
 
 namespace {
 
@@ -13,16 +13,13 @@ using sim::Access;
 using sim::Board;
 using testing::ElementsAre;
 
-class WithMemory : public testing::Test {
+class WithMemory : public testing::Test, protected support::CurrentBoard {
  protected:
   WithMemory() {
-    Board::MakeCurrent(&board);
     board.Memory(0x1FFE, {0x11, 0x22, 0x33, 0x44});
     descriptor = platform::Open("/dev/mem", OpenMode::kReadWriteSync);
     board.Log().clear();
   }
-  ~WithMemory() override { Board::MakeCurrent(nullptr); }
-  Board board;
   int descriptor = -1;
 };
 

@@ -2,19 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "hw/Platform.h"
-#include "sim/Board.h"
+#include "tests/support/CurrentBoard.h"
 
 namespace {
 
 using sim::Board;
 using testing::ElementsAre;
 
-class OnBoard : public testing::Test {
- protected:
-  OnBoard() { Board::MakeCurrent(&board); }
-  ~OnBoard() override { Board::MakeCurrent(nullptr); }
-  Board board;
-};
+class OnBoard : public testing::Test, protected support::CurrentBoard {};
 
 using PlainPorts = OnBoard;
 using Devices = OnBoard;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "hw/Platform.h"
+#include "tests/support/CurrentBoard.h"
 
 namespace {
 
@@ -11,12 +12,7 @@ using sim::Access;
 using sim::Board;
 using testing::ElementsAre;
 
-class OnBoard : public testing::Test {
- protected:
-  OnBoard() { Board::MakeCurrent(&board); }
-  ~OnBoard() override { Board::MakeCurrent(nullptr); }
-  Board board;
-};
+class OnBoard : public testing::Test, protected support::CurrentBoard {};
 
 using Privilege = OnBoard;
 using SleepTime = OnBoard;

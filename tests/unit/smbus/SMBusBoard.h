@@ -1,51 +1,16 @@
-/// What the SMBus tests share: a board that is current for one test, and the singletons forgotten before and after.
+/// What the SMBus tests share: their machine, and a controller record whose scripts leave marks on it.
 #pragma once
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <deque>
-#include <initializer_list>
+#include <utility>
+#include <vector>
 
-#include "hw/TReadWrite.h"
-#include "sim/Board.h"
-#include "smbus/TSMBus.h"
-#include "smbus/TSMBusConfig.h"
+#include "tests/support/Answers.h"
+#include "tests/support/Machine.h"
 
-class SMBusBoard : public ::testing::Test {
- protected:
-  SMBusBoard() {
-    Forget();
-    sim::Board::MakeCurrent(&board);
-  }
-  ~SMBusBoard() override {
-    Forget();
-    sim::Board::MakeCurrent(nullptr);
-  }
-
-  static void Forget() {
-    TSMBus::FreeInstance();
-    TSMBusConfig::FreeInstance();
-    TReadWrite::FreeInstance();
-  }
-
-  sim::Board board;
-};
-
-/// Gives a port's answers in order; the last one again and again. Writes are taken.
-class Answers : public sim::PortDevice {
- public:
-  explicit Answers(std::initializer_list<uint32_t> values) : values_(values) {}
-  uint32_t Read(sim::Board&, uint16_t, unsigned) override {
-    const uint32_t value = values_.front();
-    if (values_.size() > 1) values_.pop_front();
-    return value;
-  }
-  void Write(sim::Board&, uint16_t, unsigned, uint32_t) override {}
-
- private:
-  std::deque<uint32_t> values_;
-};
+class SMBusBoard : public ::testing::Test, protected support::Machine {};
 
 /// A record that writes the number of each script it runs to port 0x80 (2 detect, 3 enable, 4 to 7 base, 8 idle wait,
 /// 14 and 15 byte starts, 16 byte wait, 17 byte read, 18 to 27 blocks and restore, 31 retry, 33 to 37 words) and what
@@ -103,9 +68,7 @@ class MarkedBoard : public SMBusBoard {
     return bus;
   }
 
-  void Answer(uint16_t port, std::initializer_list<uint32_t> values) {
-    board.Attach(port, 1, std::make_shared<Answers>(values));
-  }
+  void Answer(uint16_t port, std::vector<uint32_t> values) { support::Answer(&board, port, std::move(values)); }
 
   TSMBusCfg config = MarkedRecord();
 };

@@ -11,10 +11,8 @@ using testing::ElementsAre;
 
 namespace {
 
-class Builders : public testing::Test {
+class Builders : public testing::Test, protected Machine {
  protected:
-  Machine machine;
-  sim::Board& board = machine.board;
   TAcpiBase* acpi = nullptr;
 
   void Discover(const AcpiImage& image) {

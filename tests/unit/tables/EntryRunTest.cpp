@@ -18,11 +18,8 @@ namespace {
 /// Succeeds in reading when the port holds `value`; does nothing in setting.
 Command PortIs(uint16_t port, uint8_t value) { return Command::Port(port).Get(0xFF, value); }
 
-class EntryRun : public testing::Test {
+class EntryRun : public testing::Test, protected tabletest::Machine {
  protected:
-  tabletest::Machine machine;
-  sim::Board& board = machine.board;
-
   /// The first entry of the list, which holds the record alone.
   static IadtEntry Filed(unsigned list, const Record& record) {
     const firmware::Bytes table = firmware::IadtBuilder().Add(record).Build();

@@ -1,4 +1,4 @@
-/// A simulated machine, and firmware bytes written out by hand.
+/// Firmware bytes written out by hand, and a machine with the executor on it.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -8,41 +8,15 @@
 #include <string>
 #include <vector>
 
-#include "hw/TReadWrite.h"
-#include "sim/Board.h"
-#include "tables/TAcpiBase.h"
-#include "tables/TIADTable.h"
-#include "tables/TIAMTable.h"
-#include "tables/TIAxTCommon.h"
+#include "tests/support/Machine.h"
+#include "tests/support/Printed.h"
 
 namespace tabletest {
 
 using Bytes = std::vector<uint8_t>;
 
-/// The board is current, and no singleton of the library outlives this.
-struct Machine {
-  sim::Board board;
-
-  Machine() { sim::Board::MakeCurrent(&board); }
-  ~Machine() {
-    TIAxTCommon::FreeInstance();
-    TIADTable::FreeInstance();
-    TIAMTable::FreeInstance();
-    TReadWrite::FreeInstance();
-    TAcpiBase::FreeInstance();
-    sim::Board::MakeCurrent(nullptr);
-  }
-  Machine(const Machine&) = delete;
-  Machine& operator=(const Machine&) = delete;
-};
-
-/// What `action` prints on standard output.
-template <typename Action>
-std::string Printed(Action action) {
-  testing::internal::CaptureStdout();
-  action();
-  return testing::internal::GetCapturedStdout();
-}
+using support::Machine;
+using support::Printed;
 
 /// A number of `size` bytes, low byte first.
 struct Number {
@@ -157,11 +131,9 @@ struct Execution {
 constexpr unsigned char kGetting = 0;
 constexpr unsigned char kSetting = 1;
 
-/// A machine with the executor on it, its log empty.
-class Executor : public testing::Test {
+/// The executor on a machine, the log empty.
+class Executor : public testing::Test, protected Machine {
  protected:
-  Machine machine;
-  sim::Board& board = machine.board;
   TIAxTCommon* executor = TIAxTCommon::GetInstance();
 
   Executor() { board.Log().clear(); }

@@ -22,10 +22,8 @@ namespace {
 
 using Entry = std::pair<uint32_t, uint32_t>;  // address, length
 
-class Discovery : public testing::Test {
+class Discovery : public testing::Test, protected Machine {
  protected:
-  Machine machine;
-  sim::Board& board = machine.board;
   std::string output;
   TAcpiBase* acpi = nullptr;
 

@@ -26,11 +26,9 @@ unsigned char* PointerAt(const unsigned char* bytes) {
 }
 
 /// The table parsed as discovery does it.
-class Iadt : public testing::Test {
+class Iadt : public testing::Test, protected Machine {
  protected:
   TIADTable* table = TIADTable::GetInstance();
-
-  ~Iadt() override { TIADTable::FreeInstance(); }
 
   void Fill(const Bytes& bytes) { table->Fill(bytes.data(), static_cast<uint32_t>(bytes.size())); }
 
@@ -288,7 +286,6 @@ TEST_F(TIADTableWalk, LeavesNothingInAFreshInstance) {
 }
 
 TEST_F(BuildIADT, PrintsALineWhenThereIsNoTable) {
-  Machine machine;
   std::string output = Printed([] { TAcpiBase::GetInstance(); });
   EXPECT_EQ(output, "TAcpiBase::BuildRSDP Failed !!\n");
   output = Printed([] { TAcpiBase::GetInstance()->BuildIADT(nullptr); });
@@ -297,21 +294,17 @@ TEST_F(BuildIADT, PrintsALineWhenThereIsNoTable) {
 }
 
 TEST_F(BuildIADT, FillsTheSingletonAndRemembersIt) {
-  Machine machine;
   Printed([] { TAcpiBase::GetInstance(); });
   Bytes bytes = Table(Counting(5, 1, 30));
   TAcpiBase::GetInstance()->BuildIADT(bytes.data());
   EXPECT_EQ(TAcpiBase::GetInstance()->IadTable, TIADTable::g_Instance);
   EXPECT_TRUE(TIADTable::g_Instance->Has(13));
-  table = nullptr;
 }
 
 TEST_F(BuildIADT, TestsNoChecksum) {
-  Machine machine;
   Printed([] { TAcpiBase::GetInstance(); });
   Bytes bytes = Table(Counting(5, 1, 30));
   bytes[9] ^= 0x5A;
   TAcpiBase::GetInstance()->BuildIADT(bytes.data());
   EXPECT_TRUE(TIADTable::g_Instance->Has(13));
-  table = nullptr;
 }

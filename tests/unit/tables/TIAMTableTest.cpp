@@ -17,10 +17,8 @@ Bytes Record(uint8_t type, uint8_t length, uint8_t filler) {
 
 Bytes Table(const Bytes& records) { return firmware::AcpiTable({.signature = "IAMT"}, records); }
 
-class TIAMTableFill : public testing::Test {
+class TIAMTableFill : public testing::Test, protected Machine {
  protected:
-  ~TIAMTableFill() override { TIAMTable::FreeInstance(); }
-
   void Fill(const Bytes& bytes) { table->Fill(bytes.data(), static_cast<uint32_t>(bytes.size())); }
   Bytes BoardInfo() const { return Bytes(table->BoardInfo, table->BoardInfo + 55); }
 
@@ -127,19 +125,16 @@ TEST_F(TIAMTableFill, ServesOneInstanceUntilItIsFreed) {
 }
 
 TEST_F(BuildIAMT, PrintsALineWhenThereIsNoTable) {
-  Machine machine;
   Printed([] { TAcpiBase::GetInstance(); });
   EXPECT_EQ(Printed([] { TAcpiBase::GetInstance()->BuildIAMT(nullptr); }), "IAMT is NULL !!\n");
   EXPECT_EQ(TAcpiBase::GetInstance()->IamTable, nullptr);
 }
 
 TEST_F(BuildIAMT, FillsTheSingletonAndRemembersItWithoutTestingTheChecksum) {
-  Machine machine;
   Printed([] { TAcpiBase::GetInstance(); });
   Bytes bytes = Table(Record(0, 55, 0x11));
   bytes[9] ^= 0x5A;
   TAcpiBase::GetInstance()->BuildIAMT(bytes.data());
   EXPECT_EQ(TAcpiBase::GetInstance()->IamTable, table);
   EXPECT_EQ(BoardInfo(), Record(0, 55, 0x11));
-  table = nullptr;
 }

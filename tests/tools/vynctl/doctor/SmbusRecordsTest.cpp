@@ -5,11 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "FakeMachine.h"
-#include "hw/TReadWrite.h"
-#include "sim/Board.h"
 #include "sim/chips/SmbusPlatforms.h"
-#include "smbus/TSMBus.h"
-#include "smbus/TSMBusConfig.h"
+#include "tests/support/Machine.h"
 
 namespace vynctl::doctor {
 namespace {
@@ -18,23 +15,14 @@ constexpr unsigned kFunctions = 32 * 8, kIdentifier = 0, kRevision = 8;
 constexpr uint32_t kAbsent = 0xFFFFFFFF;
 
 /// A simulated chipset as the library detects it, and the same chipset as the kernel lists it.
-class Chipset {
+class Chipset : support::Machine {
  public:
   Chipset(const sim::SmbusPlatform& platform, uint64_t hidden) {
-    Forget();
-    board_.logging = false;
-    sim::Board::MakeCurrent(&board_);
+    board.logging = false;
     sim::SmbusSetup setup;
     setup.options["hidden"] = hidden;
-    sim::AttachSmbus(board_, platform, setup);
+    sim::AttachSmbus(board, platform, setup);
   }
-  ~Chipset() {
-    Forget();
-    sim::Board::MakeCurrent(nullptr);
-  }
-  Chipset(const Chipset&) = delete;
-  Chipset& operator=(const Chipset&) = delete;
-
   std::string Detected() const {
     const TSMBusCfg* config = TSMBus::GetInstance()->GetSMBusConfig();
     return config != nullptr ? config->Name.c_str() : "";
@@ -48,12 +36,6 @@ class Chipset {
   }
 
  private:
-  static void Forget() {
-    TSMBus::FreeInstance();
-    TSMBusConfig::FreeInstance();
-    TReadWrite::FreeInstance();
-  }
-
   void List(uint8_t device, uint8_t function) const {
     TReadWrite& rw = *TReadWrite::GetInstance();
     const uint32_t identifier = rw.PciReadDword(0, device, function, kIdentifier);
@@ -64,7 +46,6 @@ class Chipset {
     machine_.Write(folder + "class", fmt::format("0x{:06x}\n", rw.PciReadDword(0, device, function, kRevision) >> 8));
   }
 
-  sim::Board board_;
   FakeMachine machine_;
 };
 
