@@ -40,10 +40,10 @@ bool BoardHas(uint16_t identifier) {
 const char* GetIOName(uint16_t identifier) { return ChipOf(identifier).name; }
 
 int GetWhichIOUse(uint16_t identifier, uint8_t* io) {
-  if (IAMTable == nullptr || IAMTable->BoardInfo == nullptr) return Fail(kNoBoardRecord);
-  if (!BoardHas(identifier)) return Fail(kChipNotListed);
+  if (IAMTable == nullptr || IAMTable->BoardInfo == nullptr) return Fail(VYNLIB_ERROR_NO_BOARD_RECORD);
+  if (!BoardHas(identifier)) return Fail(VYNLIB_ERROR_CHIP_NOT_LISTED);
   *io = ChipOf(identifier).number;
-  LastErrorCode = kOk;
+  LastErrorCode = VYNLIB_OK;
   return 1;
 }
 
@@ -60,7 +60,7 @@ constexpr const RecordType& kFanType = Feature("FanConfig");
 constexpr uint8_t kWatchdogKind = kWatchdogType.type, kFanKind = kFanType.type;
 constexpr uint8_t kLastBoardKind = kWatchdogKind - 1;
 
-void SetNumberCode(uint8_t io) { LastErrorCode = io == 0 ? kNoIoNumber : kOk; }
+void SetNumberCode(uint8_t io) { LastErrorCode = io == 0 ? VYNLIB_ERROR_NO_IO_NUMBER : VYNLIB_OK; }
 
 void LookUp(uint16_t identifier, uint8_t* io) {
   if (GetWhichIOUse(identifier, io) != 0) SetNumberCode(*io);
@@ -82,16 +82,16 @@ std::optional<IadtEntry> FindIdEntry(unsigned list, const char* name,
 
 /// Reads the chip identifier, low byte in argument slot 0 and high byte in slot 1, and looks it up.
 void Identify(IadtEntry entry, uint8_t* io) {
-  LastErrorCode = kOk;
+  LastErrorCode = VYNLIB_OK;
   if (entry.Length() == iadt::kBody) {
     GetWhichIOUse(0, io);
-    if (*io == 0) LastErrorCode = kNoIoNumber;
+    if (*io == 0) LastErrorCode = VYNLIB_ERROR_NO_IO_NUMBER;
     return;
   }
   unsigned long long values[2] = {0, 0};
   const Ran ran = RunEntry(*IAxTCommon, entry, kGet, {values, 2});
-  if (ran == Ran::kFailed) LastErrorCode = kIdCommandFailed;
-  if (ran == Ran::kUnknownKind) LastErrorCode = kUnknownAccess;
+  if (ran == Ran::kFailed) LastErrorCode = VYNLIB_ERROR_ID_COMMAND;
+  if (ran == Ran::kUnknownKind) LastErrorCode = VYNLIB_ERROR_UNKNOWN_ACCESS;
   if (ran == Ran::kDone) LookUp(static_cast<uint16_t>(values[1] * 256 + values[0]), io);
 }
 
@@ -115,14 +115,14 @@ void VynLibGetWhichIOToBeUse(uint8_t kind, const char* name, uint8_t* io) {
   std::optional<IadtEntry> entry;
   if (kind >= 1 && kind <= kLastBoardKind) {
     // Contract: nothing is looked up right after a call that ended with this code.
-    if (LastErrorCode != kNoIdEntry) LookUp(0, &number);
+    if (LastErrorCode != VYNLIB_ERROR_NO_ID_ENTRY) LookUp(0, &number);
   } else if (kind == kWatchdogKind || kind == kFanKind) {
-    LastErrorCode = kNoIdEntry;
+    LastErrorCode = VYNLIB_ERROR_NO_ID_ENTRY;
     entry = kind == kWatchdogKind ? FindIdEntry(kWatchdogType.list, Text(name), IsWatchdogOf)
                                   : FindIdEntry(kFanType.list, Text(name), IsFanOf);
     if (entry) Guarded([&] { Identify(*entry, &number); });
   } else {
-    LastErrorCode = kBadKind;
+    LastErrorCode = VYNLIB_ERROR_KIND;
   }
   StoreResult(io, number);
 }

@@ -45,7 +45,7 @@ enum SubCode : uint8_t {
   kNoMatch = 0x06,
 };
 
-constexpr uint64_t FanCode(uint8_t subCode) { return Code(kFanConfig, subCode); }
+constexpr uint64_t FanCode(uint8_t subCode) { return Code(VYNLIB_FAMILY_FAN_CONFIG, subCode); }
 
 std::string_view NameOf(IadtEntry entry) { return {entry.Name(), strnlen(entry.Name(), iadt::kNameBytes)}; }
 
@@ -91,8 +91,8 @@ uint8_t CountOf(const ArgumentCounts& counts, uint8_t mode) {
 /// What every selector-taking function does first. Empty when the call is to be performed, else its result.
 std::optional<int> Begin(uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
-  if (selector != kQuery && !IsPerform(selector)) return Fail(kBadSelector);
-  if (selector == kQuery || !Has(kFanList)) return Answer(Has(kFanList), kFanConfig);
+  if (selector != kQuery && !IsPerform(selector)) return Fail(VYNLIB_ERROR_SELECTOR);
+  if (selector == kQuery || !Has(kFanList)) return Answer(Has(kFanList), VYNLIB_FAMILY_FAN_CONFIG);
   return {};
 }
 
@@ -158,7 +158,7 @@ void VynLibGetFANModeSupport(const char* name, uint8_t* modes) {
   for (const IadtEntry entry : Entries(kFanList)) {
     if (!IsEntryOf(entry, Text(name)) || entry.Value() >= kFanModes) continue;
     mask = static_cast<uint8_t>(mask | 1u << entry.Value());
-    LastErrorCode = kOk;
+    LastErrorCode = VYNLIB_OK;
   }
   StoreResult(modes, mask);
 }
@@ -167,7 +167,7 @@ int VynLibGetFANConfig(const char* name, uint8_t* block, uint8_t* count, uint8_t
   if (const auto answer = Begin(selector)) return *answer;
   return Guarded([&]() -> int {
     const auto counts = GetCountOfFunArguments(Text(name));
-    if (!counts) return Fail(kUnknownAccess);
+    if (!counts) return Fail(VYNLIB_ERROR_UNKNOWN_ACCESS);
     const uint8_t room = count != nullptr ? *count : uint8_t{0};
     if (block == nullptr) return Fail(FanCode(kNoBlock));
     if (room < kAskForCount && (room == 0 || CountOf(*counts, block[0]) != room)) return Fail(FanCode(kCountDiffers));
@@ -189,7 +189,7 @@ int VynLibSetFANConfig(const char* name, const uint8_t* block, uint8_t count, ui
   if (const auto answer = Begin(selector)) return *answer;
   return Guarded([&]() -> int {
     const auto counts = GetCountOfFunArguments(Text(name));
-    if (!counts) return Fail(kUnknownAccess);
+    if (!counts) return Fail(VYNLIB_ERROR_UNKNOWN_ACCESS);
     if (block == nullptr) return Fail(FanCode(kNoBlock));
     if (count == 0 || CountOf(*counts, block[0]) != count) return Fail(FanCode(kCountDiffers));
     std::array<unsigned long long, kAskForCount> slots{};

@@ -26,7 +26,7 @@ bool Begins(const FeatureRow& row, uint8_t selector) {
 int Decline(const FeatureRow& row, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return Answer(Has(row.list), row.family);
-  if (!Performs(row.perform, selector)) return Fail(kBadSelector);
+  if (!Performs(row.perform, selector)) return Fail(VYNLIB_ERROR_SELECTOR);
   return Fail(Code(row.differs.absentFamily.value_or(row.family), kAbsent));
 }
 
@@ -82,7 +82,7 @@ int ReadVersion(uint16_t* target, uint8_t selector, const FeatureRow& row) {
     unsigned long long accumulator = 0;
     for (const IadtEntry entry : Entries(row.list)) {
       const Ran ran = RunEntry(*IAxTCommon, entry, kGet, {&accumulator, 1});
-      if (ran == Ran::kUnknownKind) return Fail(kUnknownAccess);
+      if (ran == Ran::kUnknownKind) return Fail(VYNLIB_ERROR_UNKNOWN_ACCESS);
       if (ran == Ran::kFailed) continue;
       ++count;
       bits = static_cast<uint8_t>(bits | (entry.Value() & 1u) << (entry.Index() & 31));

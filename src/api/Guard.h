@@ -11,7 +11,7 @@ auto Guarded(Body body) noexcept {
   try {
     return body();
   } catch (...) {
-    LastErrorCode = kNotInitialised;
+    LastErrorCode = VYNLIB_ERROR_NOT_INITIALISED;
     return decltype(body())();
   }
 }

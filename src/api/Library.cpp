@@ -56,10 +56,10 @@ void TakeDown() {
 
 int VynLibDllInit() {
   InitOk = 0;
-  LastErrorCode = kOk;
+  LastErrorCode = VYNLIB_OK;
   const int started = Guarded([] {
     rw = TReadWrite::GetInstance();
-    if (rw == nullptr) return Fail(kNotInitialised);
+    if (rw == nullptr) return Fail(VYNLIB_ERROR_NOT_INITIALISED);
     Start();
     return 1;
   });
@@ -73,7 +73,7 @@ int VynLibDllInit() {
 int VynLibDllUnInit() {
   if (InitOk == 0) return 0;
   TakeDown();
-  LastErrorCode = kOk;
+  LastErrorCode = VYNLIB_OK;
   return 1;  // Contract: InitOk stays 1
 }
 

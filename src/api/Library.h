@@ -6,6 +6,7 @@
 
 #include "api/ErrorCodes.h"
 #include "tables/TIADTable.h"
+#include "vynlib/vynlib.h"
 
 class TAcpiBase;
 class TIAMTable;
@@ -28,11 +29,11 @@ extern TIAxTCommon* IAxTCommon;
 
 /// InitOk; sets code 1 when it is 0.
 inline bool VynLibCheckAvailabled() {
-  if (InitOk == 0) LastErrorCode = kNotInitialised;
+  if (InitOk == 0) LastErrorCode = VYNLIB_ERROR_NOT_INITIALISED;
   return InitOk != 0;
 }
 
-enum Selector : uint8_t { kQuery = 0, kPerformToo = 1, kPerform = 2 };
+enum Selector : uint8_t { kQuery = VYNLIB_QUERY, kPerformToo = 1, kPerform = VYNLIB_PERFORM };
 
 constexpr bool IsPerform(uint8_t selector) { return selector == kPerformToo || selector == kPerform; }
 
@@ -43,12 +44,12 @@ inline int Fail(uint64_t code) {
 
 /// Success is the value of InitOk.
 inline int Succeed() {
-  LastErrorCode = kOk;
+  LastErrorCode = VYNLIB_OK;
   return InitOk;
 }
 
 /// The support query: succeeds when the board offers the family.
-inline int Answer(bool offered, Family family) { return offered ? Succeed() : Fail(Code(family, kAbsent)); }
+inline int Answer(bool offered, uint8_t family) { return offered ? Succeed() : Fail(Code(family, kAbsent)); }
 
 /// Whether the board has list `number`; never after tear-down.
 inline bool Has(unsigned number) { return IADTable != nullptr && IADTable->Has(number); }

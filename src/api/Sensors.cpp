@@ -194,7 +194,7 @@ constexpr SensorList<float> kCurrents[] = {{Sensor("current", 1), Tenths}};
 
 template <typename T>
 struct Quantity {
-  Family family;
+  uint8_t family;
   uint8_t noSuchName;  ///< sub-codes
   uint8_t nullBuffer;
   const SensorList<T>* lists;
@@ -209,10 +209,11 @@ struct Quantity {
   }
 };
 
-constexpr Quantity<float> kVoltageQuantity{kVoltage, 0x05, 0x04, kVoltages, std::size(kVoltages)};
-constexpr Quantity<float> kTemperatureQuantity{kTemperature, 0x05, 0x04, kTemperatures, std::size(kTemperatures)};
-constexpr Quantity<uint16_t> kFanSpeedQuantity{kFanSpeed, 0x06, 0x05, kFanSpeeds, std::size(kFanSpeeds)};
-constexpr Quantity<float> kCurrentQuantity{kCurrent, 0x05, 0x03, kCurrents, std::size(kCurrents)};
+constexpr Quantity<float> kVoltageQuantity{VYNLIB_FAMILY_VOLTAGE, 0x05, 0x04, kVoltages, std::size(kVoltages)};
+constexpr Quantity<float> kTemperatureQuantity{VYNLIB_FAMILY_TEMPERATURE, 0x05, 0x04, kTemperatures,
+                                               std::size(kTemperatures)};
+constexpr Quantity<uint16_t> kFanSpeedQuantity{VYNLIB_FAMILY_FAN_SPEED, 0x06, 0x05, kFanSpeeds, std::size(kFanSpeeds)};
+constexpr Quantity<float> kCurrentQuantity{VYNLIB_FAMILY_CURRENT, 0x05, 0x03, kCurrents, std::size(kCurrents)};
 
 /// The results of the commands are not looked at: failures show through the raw values alone.
 void ReadRaw(IadtEntry entry, const RecordType& type, Raw* raw) {
@@ -245,7 +246,7 @@ int ReadLists(const Quantity<T>& quantity, const char* name, T* target) {
 
 template <typename T>
 int ReadSensor(const Quantity<T>& quantity, const char* name, T* target, uint8_t selector) {
-  if (!IsPerform(selector)) return Fail(kBadSelector);
+  if (!IsPerform(selector)) return Fail(VYNLIB_ERROR_SELECTOR);
   StoreResult(target, T{});
   if (!quantity.IsOffered()) return Fail(Code(quantity.family, kAbsent));
   LastErrorCode = Code(quantity.family, quantity.noSuchName);
@@ -287,7 +288,7 @@ template <typename T>
 int GetNames(const Quantity<T>& quantity, char** names, uint8_t* count, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return Answer(quantity.IsOffered(), quantity.family);
-  if (!IsPerform(selector)) return Fail(kBadSelector);
+  if (!IsPerform(selector)) return Fail(VYNLIB_ERROR_SELECTOR);
   if (!quantity.IsOffered()) return Fail(Code(quantity.family, kAbsent));
   const uint8_t sensors = CountSensors(quantity);
   if (names == nullptr) {
@@ -304,7 +305,8 @@ int GetNames(const Quantity<T>& quantity, char** names, uint8_t* count, uint8_t 
 int VynLibGetVoltage(const char* name, float* volts, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   // Contract: yes on a board without any voltage list, no on one with the third alone.
-  if (selector == kQuery) return Answer(Has(kVoltage1.list) || Has(kVoltage2.list) || !Has(kVoltage3.list), kVoltage);
+  if (selector == kQuery)
+    return Answer(Has(kVoltage1.list) || Has(kVoltage2.list) || !Has(kVoltage3.list), VYNLIB_FAMILY_VOLTAGE);
   return ReadSensor(kVoltageQuantity, name, volts, selector);
 }
 int VynLibGetTemperature(const char* name, float* celsius, uint8_t selector) {

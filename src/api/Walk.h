@@ -25,7 +25,7 @@ int Walk(const Candidates& candidates, tables::Direction direction, tables::Slot
     for (const IadtEntry entry : candidates.entries) {
       if (!wants(entry)) continue;
       const tables::Ran ran = tables::RunEntry(*IAxTCommon, entry, direction, slots);
-      if (ran == tables::Ran::kUnknownKind) return Fail(kUnknownAccess);
+      if (ran == tables::Ran::kUnknownKind) return Fail(VYNLIB_ERROR_UNKNOWN_ACCESS);
       if (ran == tables::Ran::kDone) {
         done(entry);
         return Succeed();

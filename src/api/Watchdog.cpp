@@ -33,9 +33,9 @@ constexpr Codes kSettingMode{0x0A, 0x06};
 constexpr Codes kGettingMode{0x0A, 0x05};
 constexpr uint8_t kNoModeEntry = 0x07;
 
-constexpr uint64_t WatchdogCode(uint8_t subCode) { return Code(kWatchdog, subCode); }
+constexpr uint64_t WatchdogCode(uint8_t subCode) { return Code(VYNLIB_FAMILY_WATCHDOG, subCode); }
 
-int QueryWatchdog() { return Answer(Has(kWatchdogList), kWatchdog); }
+int QueryWatchdog() { return Answer(Has(kWatchdogList), VYNLIB_FAMILY_WATCHDOG); }
 
 bool IsCountMode(IadtEntry entry) {
   return entry.Value() == kWatchdogCountMode0 || entry.Value() == kWatchdogCountMode1;
@@ -75,7 +75,7 @@ int QueryCountMode() {
 int VynLibWDTEnable(uint8_t interval, uint8_t mode, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return QueryWatchdog();
-  if (!IsPerform(selector)) return Fail(kBadSelector);
+  if (!IsPerform(selector)) return Fail(VYNLIB_ERROR_SELECTOR);
   if (WDTActivation(1) == 0) return 0;
   VynLibWDTSetCountMode(mode, selector);
   if (WDTSetInterval(interval) == 0) return 0;
@@ -88,7 +88,7 @@ int VynLibWDTDisable(uint8_t selector) {
   if (IsPerform(selector)) WDTCounting(0);
   platform::SleepMicroseconds(kStopMicroseconds);  // Contract: on the query and bad-selector paths too
   if (selector == kQuery) return QueryWatchdog();
-  if (!IsPerform(selector)) return Fail(kBadSelector);
+  if (!IsPerform(selector)) return Fail(VYNLIB_ERROR_SELECTOR);
   if (WDTSetInterval(0) == 0) return 0;
   return WDTActivation(0);
 }
@@ -96,14 +96,14 @@ int VynLibWDTDisable(uint8_t selector) {
 int VynLibWDTSetInterval(uint8_t interval, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return QueryWatchdog();
-  if (!IsPerform(selector)) return Fail(kBadSelector);
+  if (!IsPerform(selector)) return Fail(VYNLIB_ERROR_SELECTOR);
   return WDTSetInterval(interval);
 }
 
 int VynLibWDTGetInterval(uint32_t* interval, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return QueryWatchdog();
-  if (!IsPerform(selector)) return Fail(kBadSelector);
+  if (!IsPerform(selector)) return Fail(VYNLIB_ERROR_SELECTOR);
   unsigned long long data = 0;
   const auto wants = [](IadtEntry entry) { return entry.Value() == kWatchdogInterval; };
   return WalkWatchdog(kGettingInterval, kGet, &data, wants,
@@ -113,14 +113,14 @@ int VynLibWDTGetInterval(uint32_t* interval, uint8_t selector) {
 int VynLibWDTSetCountMode(uint8_t mode, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return QueryCountMode();
-  if (!IsPerform(selector)) return Fail(kBadSelector);
+  if (!IsPerform(selector)) return Fail(VYNLIB_ERROR_SELECTOR);
   return Perform(Choose(mode, kWatchdogCountMode0, kWatchdogCountMode1), kSettingMode);
 }
 
 int VynLibWDTGetCountMode(uint8_t* mode, uint8_t selector) {
   if (!VynLibCheckAvailabled()) return 0;
   if (selector == kQuery) return QueryCountMode();
-  if (!IsPerform(selector)) return Fail(kBadSelector);
+  if (!IsPerform(selector)) return Fail(VYNLIB_ERROR_SELECTOR);
   if (Has(kWatchdogList)) StoreResult(mode, 0);
   unsigned long long data = 0;
   return WalkWatchdog(kGettingMode, kGet, &data, IsCountMode, [=](IadtEntry entry) {

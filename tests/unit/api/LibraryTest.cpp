@@ -259,6 +259,6 @@ TEST(VynLibCheckAvailabled, SetsCode1OnlyWithoutAStart) {
 }
 
 TEST(Code, IsTheFamilyTimes256PlusTheSubCode) {
-  EXPECT_EQ(api::Code(api::kLvdsState, 0x04), 0x604u);
-  EXPECT_EQ(api::Code(api::kDioEnable, 0x00), 0x2100u);
+  EXPECT_EQ(api::Code(0x06, 0x04), 0x604u);
+  EXPECT_EQ(api::Code(0x21, 0x00), 0x2100u);
 }
