@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "boardfile/Description.h"
 #include "boardfile/MachineFile.h"
 #include "boardfile/TomlSection.h"
 
@@ -108,5 +109,13 @@ CompiledFirmware CompileText(std::string_view text, const std::string& name) {
   return ParseText<CompiledFirmware>(text, name);
 }
 CompiledFirmware CompileFile(const std::string& path) { return ParseFile<CompiledFirmware>(path); }
+
+Description Describe(const std::string& path) {
+  const LoadedBoard loaded = LoadBoard(path);
+  return {.iadt = loaded.firmware.iadt,
+          .iamt = loaded.firmware.iamt,
+          .msrDevice = loaded.board != nullptr && loaded.board->msrDevice,
+          .error = loaded.error};
+}
 
 }  // namespace boardfile

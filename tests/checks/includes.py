@@ -17,24 +17,26 @@ ALLOWED = {
     "src/tables": ("tables/", "smbus/", "script/", "text/", "hw/", "layout/"),
     "src/api": ("api/", "tables/", "smbus/", "script/", "text/", "hw/", "layout/", "vynlib/vynlib.h"),
     "firmware": ("firmware/", "layout/"),
+    "diagnosis": ("diagnosis/", "layout/"),
     "sim": ("sim/", "hw/Platform.h"),
     "boardfile": ("boardfile/", "firmware/", "sim/", "layout/"),
     "tools/commandline": ("commandline/",),
-    "tools/vynctl": ("commands/", "board/", "view/", "doctor/", "feeding/", "commandline/", "boardfile/BoardFile.h",
-                     "vyntable/Check.h", "firmware/", "layout/", "vynlib/"),
-    "tools/vynctl/board": ("board/", "view/Output.h", "view/Signals.h", "view/Text.h", "doctor/", "boardfile/BoardFile.h",
-                           "layout/", "vynlib/"),
+    "tools/vynctl": ("commands/", "board/", "view/", "doctor/", "feeding/", "commandline/", "boardfile/Description.h",
+                     "diagnosis/", "firmware/", "layout/", "vynlib/"),
+    "tools/vynctl/board": ("board/", "view/Output.h", "view/Signals.h", "view/Text.h", "doctor/",
+                           "boardfile/Description.h", "layout/", "vynlib/"),
     "tools/vynctl/view": ("view/", "board/", "commandline/"),
-    "tools/vynctl/doctor": ("doctor/", "view/", "vyntable/Check.h", "layout/", "vynlib/"),
+    "tools/vynctl/doctor": ("doctor/", "view/", "diagnosis/", "layout/", "vynlib/"),
     "tools/vynctl/feeding": ("feeding/", "commands/Context.h", "board/", "view/", "vynlib/"),
-    "tools/vyntable": ("vyntable/", "commandline/", "boardfile/", "firmware/", "layout/"),
+    "tools/vyntable": ("vyntable/", "commandline/", "boardfile/", "diagnosis/", "firmware/", "layout/"),
     # A developers' program for controller records: it runs scripts and transactions below the api.
     "tools/vynprobe": ("commandline/", "boardfile/", "sim/", "smbus/", "script/", "text/", "hw/"),
     "bench": ("bench/", "firmware/", "layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "vynlib/"),
     "fuzz": ("fuzz/", "boardfile/", "layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "vynlib/"),
 }
-FOLDERS = ("layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "firmware/", "sim/", "boardfile/",
-           "commandline/", "commands/", "board/", "view/", "doctor/", "feeding/", "vyntable/", "bench/", "fuzz/", "tests/", "vynlib/")
+FOLDERS = ("layout/", "text/", "hw/", "script/", "smbus/", "tables/", "api/", "firmware/", "diagnosis/", "sim/",
+           "boardfile/", "commandline/", "commands/", "board/", "view/", "doctor/", "feeding/", "vyntable/", "bench/",
+           "fuzz/", "tests/", "vynlib/")
 # The one source of the libraries and tools that includes the headers of a package.
 ALONE = {
     "CLI/": "tools/commandline/Parse.cpp",
@@ -58,7 +60,7 @@ def offences(root):
         for path, name in includes(root, folder):
             if name.startswith(FOLDERS) and not name.startswith(allowed):
                 yield path, name
-    for folder in ("src", "firmware", "sim", "boardfile", "tools"):
+    for folder in ("src", "firmware", "diagnosis", "sim", "boardfile", "tools"):
         for path, name in includes(root, folder):
             if any(name.startswith(package) and str(path) != source for package, source in ALONE.items()):
                 yield path, name

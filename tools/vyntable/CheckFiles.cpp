@@ -4,11 +4,13 @@
 #include <memory>
 
 #include "commandline/Words.h"
-#include "vyntable/Check.h"
+#include "diagnosis/Check.h"
 #include "vyntable/Commands.h"
 #include "vyntable/Files.h"
 
 namespace vyntable {
+
+using namespace diagnosis;
 namespace {
 
 struct Options {

@@ -8,15 +8,16 @@
 
 #include "boardfile/FirmwareText.h"
 #include "commandline/Words.h"
+#include "diagnosis/Words.h"
 #include "layout/BiosRecord.h"
 #include "layout/Checksum.h"
 #include "layout/Walk.h"
 #include "vyntable/Commands.h"
 #include "vyntable/Files.h"
-#include "vyntable/Words.h"
 
 namespace vyntable {
 
+using namespace diagnosis;
 using namespace layout;
 using boardfile::Hex;
 namespace {

@@ -5,11 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "diagnosis/Image.h"
 #include "firmware/Bytes.h"
-#include "vyntable/Image.h"
 
 namespace vyntable {
 
+using diagnosis::Image;
+using diagnosis::Kind;
 using firmware::Bytes;
 
 inline constexpr int kExitOk = 0;

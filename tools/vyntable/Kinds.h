@@ -3,13 +3,15 @@
 
 #include <string_view>
 
+#include "diagnosis/Image.h"
 #include "layout/BiosRecord.h"
 #include "layout/BoardRecord.h"
 #include "layout/LittleEndian.h"
 #include "layout/RecordLayout.h"
-#include "vyntable/Image.h"
 
 namespace vyntable {
+
+using diagnosis::Kind;
 
 struct KindRow {
   Kind kind;

@@ -3,10 +3,12 @@
 
 #include <vector>
 
+#include "diagnosis/Image.h"
 #include "layout/LittleEndian.h"
-#include "vyntable/Image.h"
 
 namespace vyntable {
+
+using diagnosis::Image;
 
 /// Whether the bytes are a dump of ACPI tables in text: a line "IADT @ 0x00000000BFFE1000" for each table, then lines
 /// of up to 16 bytes, "    0010: 56 59 …  VY…".

@@ -11,7 +11,6 @@
 #include "board/Controls.h"
 #include "board/Features.h"
 #include "board/Sensors.h"
-#include "boardfile/BoardFile.h"
 #include "doctor/Tables.h"
 #include "layout/AcpiLayout.h"
 #include "view/Text.h"
@@ -33,37 +32,17 @@ std::vector<uint8_t> FileBytes(const std::filesystem::path& path) {
   return bytes;
 }
 
-/// The tables of a board description; none when it is wrong.
-boardfile::Firmware Compiled(const std::string& board) {
-  return boardfile::CompileFile(board).firmware.value_or(boardfile::Firmware{});
-}
-
 }  // namespace
 
 BoardTables::BoardTables(std::string board, std::string kernelTables)
     : board_(std::move(board)), kernelTables_(std::move(kernelTables)) {}
 
-std::vector<uint8_t> BoardTables::ReadIadt() const {
-  if (board_.empty()) return FileBytes(std::filesystem::path(kernelTables_) / kIadtFile);
-  return Compiled(board_).iadt;
-}
-
-std::string BoardTables::Trouble() const { return boardfile::LoadBoard(board_).error; }
-
-bool BoardTables::HasMsrDevice() const {
-  const boardfile::LoadedBoard loaded = boardfile::LoadBoard(board_);
-  return loaded.board != nullptr && loaded.board->msrDevice;
-}
-
-std::vector<uint8_t> BoardTables::Iamt() const {
-  if (board_.empty()) return FileBytes(std::filesystem::path(kernelTables_) / kIamtFile);
-  return Compiled(board_).iamt;
-}
-
-const std::vector<uint8_t>& BoardTables::Iadt() {
-  if (!read_) iadt_ = ReadIadt();
-  read_ = true;
-  return iadt_;
+const boardfile::Description& BoardTables::Read() {
+  if (description_) return *description_;
+  if (!board_.empty()) return description_.emplace(boardfile::Describe(board_));
+  const std::filesystem::path folder = kernelTables_;
+  return description_.emplace(
+      boardfile::Description{.iadt = FileBytes(folder / kIadtFile), .iamt = FileBytes(folder / kIamtFile)});
 }
 
 namespace {

@@ -9,6 +9,7 @@
 
 #include "board/Library.h"
 #include "board/Value.h"
+#include "boardfile/Description.h"
 #include "doctor/Machine.h"
 
 namespace vynctl {
@@ -23,21 +24,20 @@ class BoardTables {
 
   /// The bytes of the function description table (IADT) with its header; empty when the board has none or it cannot be
   /// read.
-  const std::vector<uint8_t>& Iadt();
-  /// What is wrong with the description of a simulated board, "FILE:LINE: ..."; empty when nothing is.
-  std::string Trouble() const;
-  /// Whether a simulated board has the device file of the processor's registers.
-  bool HasMsrDevice() const;
+  const std::vector<uint8_t>& Iadt() { return Read().iadt; }
   /// The bytes of the board information table (IAMT), likewise.
-  std::vector<uint8_t> Iamt() const;
+  const std::vector<uint8_t>& Iamt() { return Read().iamt; }
+  /// What is wrong with the description of a simulated board, "FILE:LINE: ..."; empty when nothing is.
+  const std::string& Trouble() { return Read().error; }
+  /// Whether a simulated board has the device file of the processor's registers.
+  bool HasMsrDevice() { return Read().msrDevice; }
 
  private:
-  std::vector<uint8_t> ReadIadt() const;
+  const boardfile::Description& Read();
 
   std::string board_;
   std::string kernelTables_;
-  bool read_ = false;
-  std::vector<uint8_t> iadt_;
+  std::optional<boardfile::Description> description_;
 };
 
 /// The library has found the table of the board's functions. Touches no hardware.

@@ -5,23 +5,23 @@
 
 #include <algorithm>
 
+#include "diagnosis/Check.h"
 #include "view/Text.h"
-#include "vyntable/Check.h"
 
 namespace vynctl::doctor {
 namespace {
 
-using vyntable::Severity;
+using diagnosis::Severity;
 
-std::string Counts(const std::vector<vyntable::Finding>& found) {
+std::string Counts(const std::vector<diagnosis::Finding>& found) {
   const auto counted = [&](Severity severity, const char* word) {
-    return Counted(static_cast<size_t>(std::ranges::count(found, severity, &vyntable::Finding::severity)), word);
+    return Counted(static_cast<size_t>(std::ranges::count(found, severity, &diagnosis::Finding::severity)), word);
   };
   return fmt::format("{}, {}, {}", counted(Severity::kError, "error"), counted(Severity::kWarning, "warning"),
                      counted(Severity::kNote, "note"));
 }
 
-Finding Contents(const FirmwareTable& table, vyntable::Kind kind, const char* id) {
+Finding Contents(const FirmwareTable& table, diagnosis::Kind kind, const char* id) {
   Finding finding{.id = id, .what = fmt::format("Check of {}", table.signature), .found = "in order"};
   if (table.Used().empty()) {
     finding.found = "not looked at, the library finds no such table";
@@ -29,11 +29,11 @@ Finding Contents(const FirmwareTable& table, vyntable::Kind kind, const char* id
     finding.next = fmt::format("See 'Table {}'.", table.signature);
     return finding;
   }
-  const std::vector<vyntable::Finding> found = vyntable::CheckImage(
+  const std::vector<diagnosis::Finding> found = diagnosis::CheckImage(
       {.kind = kind, .name = table.signature, .bytes = {table.Used().begin(), table.Used().end()}});
   if (found.empty()) return finding;
-  const auto error = std::ranges::find(found, Severity::kError, &vyntable::Finding::severity);
-  const vyntable::Finding& shown = error != found.end() ? *error : found.front();
+  const auto error = std::ranges::find(found, Severity::kError, &diagnosis::Finding::severity);
+  const diagnosis::Finding& shown = error != found.end() ? *error : found.front();
   finding.found = fmt::format("{}; the first{} at byte {:#x}: {}", Counts(found), error != found.end() ? " error" : "",
                               shown.offset, Printable(shown.text));
   if (error == found.end()) return finding;
@@ -48,8 +48,8 @@ Finding Contents(const FirmwareTable& table, vyntable::Kind kind, const char* id
 }  // namespace
 
 Findings JudgeContents(const Tables& tables) {
-  return {Contents(tables.iadt, vyntable::Kind::kIadt, "iadt-check"),
-          Contents(tables.iamt, vyntable::Kind::kIamt, "iamt-check")};
+  return {Contents(tables.iadt, diagnosis::Kind::kIadt, "iadt-check"),
+          Contents(tables.iamt, diagnosis::Kind::kIamt, "iamt-check")};
 }
 
 }  // namespace vynctl::doctor

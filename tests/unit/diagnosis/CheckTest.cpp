@@ -1,4 +1,4 @@
-#include "vyntable/Check.h"
+#include "diagnosis/Check.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@ using namespace layout;
 
 namespace {
 
-using namespace vyntable;
+using namespace diagnosis;
 using firmware::Bytes;
 using firmware::Command;
 using firmware::IadtBuilder;

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "layout/Walk.h"
-#include "vyntable/Check.h"
-#include "vyntable/CommandContext.h"
+#include "diagnosis/Check.h"
+#include "diagnosis/CommandContext.h"
 
-namespace vyntable {
+namespace diagnosis {
 
 void CheckCommand(const layout::CommandView& command, const CommandContext& context, std::vector<Finding>* findings);
 
-}  // namespace vyntable
+}  // namespace diagnosis

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace vyntable {
+namespace diagnosis {
 
 enum class Kind { kIadt, kIamt, kBiosInfo };
 
@@ -27,4 +27,4 @@ struct Image {
 /// "iadt.bin:0x0024", or the place in the text that the byte comes from.
 std::string PlaceOf(const Image& image, size_t offset);
 
-}  // namespace vyntable
+}  // namespace diagnosis

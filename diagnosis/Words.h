@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "layout/Ending.h"
-#include "vyntable/CommandContext.h"
+#include "diagnosis/CommandContext.h"
 
-namespace vyntable {
+namespace diagnosis {
 
 /// The name up to its terminator, byte for byte.
 std::string NameText(const layout::RecordView& record);
@@ -20,4 +20,4 @@ std::string EndText(const layout::CommandView& command, const CommandContext& co
 /// What the command reaches, then what it does when reading and when setting, one phrase each; sensors only read.
 std::vector<std::string> Words(const layout::CommandView& command, const CommandContext& context);
 
-}  // namespace vyntable
+}  // namespace diagnosis

@@ -1,4 +1,4 @@
-#include "vyntable/Words.h"
+#include "diagnosis/Words.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ using namespace layout;
 
 namespace {
 
-using namespace vyntable;
+using namespace diagnosis;
 using firmware::Command;
 
 constexpr CommandContext kEntry{.sensor = false, .arguments = 1};

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "vyntable/Image.h"
+#include "diagnosis/Image.h"
 
-namespace vyntable {
+namespace diagnosis {
 
 enum class Severity { kNote, kWarning, kError };
 
@@ -19,4 +19,4 @@ struct Finding {
 /// In the order of their offsets.
 std::vector<Finding> CheckImage(const Image& image);
 
-}  // namespace vyntable
+}  // namespace diagnosis

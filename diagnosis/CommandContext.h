@@ -3,7 +3,7 @@
 
 #include "layout/Walk.h"
 
-namespace vyntable {
+namespace diagnosis {
 
 /// The most arguments that a caller offers: a fan's mode is asked for with so many.
 inline constexpr unsigned kMostArguments = 255;
@@ -17,4 +17,4 @@ struct CommandContext {
 /// Of the commands of this record.
 CommandContext ContextOf(const layout::RecordView& record);
 
-}  // namespace vyntable
+}  // namespace diagnosis

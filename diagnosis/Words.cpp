@@ -1,11 +1,11 @@
 // The words follow what the library does with a command, bit by bit.
-#include "vyntable/Words.h"
+#include "diagnosis/Words.h"
 
 #include <algorithm>
 
 #include <fmt/format.h>
 
-namespace vyntable {
+namespace diagnosis {
 
 using namespace layout;
 namespace {
@@ -198,4 +198,4 @@ std::vector<std::string> Words(const CommandView& command, const CommandContext&
   return words;
 }
 
-}  // namespace vyntable
+}  // namespace diagnosis

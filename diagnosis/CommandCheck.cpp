@@ -1,11 +1,11 @@
-#include "vyntable/CommandCheck.h"
+#include "diagnosis/CommandCheck.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "vyntable/Words.h"
+#include "diagnosis/Words.h"
 
-namespace vyntable {
+namespace diagnosis {
 
 using namespace layout;
 namespace {
@@ -110,4 +110,4 @@ void CheckCommand(const CommandView& command, const CommandContext& context, std
     if (rule.broken(subject)) findings->push_back({command.offset, rule.severity, rule.text});
 }
 
-}  // namespace vyntable
+}  // namespace diagnosis

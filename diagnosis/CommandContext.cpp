@@ -1,9 +1,9 @@
 // How many arguments the library offers when it runs a record's commands.
-#include "vyntable/CommandContext.h"
+#include "diagnosis/CommandContext.h"
 
 #include <set>
 
-namespace vyntable {
+namespace diagnosis {
 
 using namespace layout;
 namespace {
@@ -32,4 +32,4 @@ CommandContext ContextOf(const RecordView& record) {
   return {.sensor = false, .arguments = 1 + DistinctArguments(record), .asked = true};
 }
 
-}  // namespace vyntable
+}  // namespace diagnosis

@@ -1,11 +1,11 @@
 // Places in tables, for messages.
-#include "vyntable/Image.h"
+#include "diagnosis/Image.h"
 
 #include <algorithm>
 
 #include <fmt/format.h>
 
-namespace vyntable {
+namespace diagnosis {
 
 std::string PlaceOf(const Image& image, size_t offset) {
   const auto next = std::ranges::upper_bound(image.places, offset, {}, &Place::offset);
@@ -13,4 +13,4 @@ std::string PlaceOf(const Image& image, size_t offset) {
   return std::prev(next)->text;
 }
 
-}  // namespace vyntable
+}  // namespace diagnosis

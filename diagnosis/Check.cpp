@@ -1,4 +1,4 @@
-#include "vyntable/Check.h"
+#include "diagnosis/Check.h"
 
 #include <algorithm>
 #include <set>
@@ -6,14 +6,14 @@
 
 #include <fmt/core.h>
 
+#include "diagnosis/CommandCheck.h"
+#include "diagnosis/Words.h"
 #include "layout/BiosRecord.h"
 #include "layout/Checksum.h"
 #include "layout/IoChips.h"
 #include "layout/Walk.h"
-#include "vyntable/CommandCheck.h"
-#include "vyntable/Words.h"
 
-namespace vyntable {
+namespace diagnosis {
 
 using namespace layout;
 namespace {
@@ -235,4 +235,4 @@ class Checker {
 
 std::vector<Finding> CheckImage(const Image& image) { return Checker(image).Run(); }
 
-}  // namespace vyntable
+}  // namespace diagnosis
