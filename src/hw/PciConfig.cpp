@@ -1,10 +1,14 @@
 // PCI configuration mechanism #1: the address goes to port 0xCF8, the data moves through 0xCFC + (register AND 3).
 #include <cstdint>
 
+#include "hw/PciLocation.h"
 #include "hw/PortWidth.h"
 #include "hw/TReadWrite.h"
 
 namespace {
+
+using hw::Decode;
+using hw::Location;
 
 constexpr uint16_t kAddressPort = 0xCF8;
 constexpr uint16_t kDataPort = 0xCFC;
@@ -12,14 +16,6 @@ constexpr uint32_t kEnable = 0x80000000;
 /// Register bits 8-11 travel in address bits 24-27, for chipsets that honour them.
 constexpr uint32_t kExtendedRegisterBits = 0x0F000000;
 constexpr unsigned kHeaderDwords = 64;
-
-struct Location {
-  uint8_t bus, device, function;
-};
-
-constexpr Location Decode(uint16_t bdf) {
-  return {static_cast<uint8_t>(bdf >> 8), static_cast<uint8_t>(bdf >> 3 & 31), static_cast<uint8_t>(bdf & 7)};
-}
 
 /// Composes the address and the data port, into the scratch fields.
 void Translate(TReadWrite& rw, Location at, uint16_t reg) {

@@ -1,24 +1,20 @@
 // The 4096-byte configuration space of PCI Express functions, as whole dwords of the enhanced configuration area.
 #include <cstdint>
 
+#include "hw/PciLocation.h"
 #include "hw/PortWidth.h"
 #include "hw/TReadWrite.h"
 
 namespace {
+
+using hw::Decode;
+using hw::Location;
 
 /// Registers below this one can be reached through the ports.
 constexpr unsigned kPortRegisters = 0x100;
 constexpr unsigned kDwords = 1024;
 constexpr unsigned kPageDwords = 64;
 constexpr unsigned kExtendedBufferOffset = 256;
-
-struct Location {
-  uint8_t bus, device, function;
-};
-
-constexpr Location Decode(uint16_t bdf) {
-  return {static_cast<uint8_t>(bdf >> 8), static_cast<uint8_t>(bdf >> 3 & 31), static_cast<uint8_t>(bdf & 7)};
-}
 
 bool Translate(TReadWrite& rw, Location at, unsigned reg) {
   return rw.TranslatePciEAddress(at.bus, at.device, at.function, static_cast<uint16_t>(reg));
