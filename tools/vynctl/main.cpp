@@ -9,6 +9,7 @@
 #include "board/BoardTables.h"
 #include "board/Codes.h"
 #include "commandline/Streams.h"
+#include "commands/Completion.h"
 #include "commands/Context.h"
 
 namespace vynctl {
@@ -17,6 +18,8 @@ namespace {
 constexpr char kTool[] = "vynctl";
 constexpr int kPluginUnknown = 3;
 constexpr char kCheck[] = "check";
+// What the completion of shells calls, with the words of the line behind it.
+constexpr char kComplete[] = "__complete";
 
 constexpr Subcommand kSubcommands[] = {
     {"info", "the model, the firmware tables and what the board supports", "vynctl info\nvynctl info --json",
@@ -79,6 +82,8 @@ class CommandLine {
   CommandLine& operator=(const CommandLine&) = delete;
 
   commandline::Outcome Read(int argc, char** argv) const { return commandline::Parse(program_, argc, argv); }
+  /// What may be typed for the last of the words.
+  std::string Complete(const std::vector<std::string>& typed) const;
   /// The command that explains what was typed.
   std::string HelpCommand() const;
   bool IsCheck() const { return command_ == kCheck; }
@@ -143,6 +148,11 @@ const Syntax& CommandLine::Chosen() const {
 
 std::string CommandLine::HelpCommand() const {
   return command_.empty() ? "vynctl --help" : fmt::format("vynctl {} --help", command_);
+}
+
+std::string CommandLine::Complete(const std::vector<std::string>& typed) const {
+  const commandline::Place place = commandline::PlaceOf(program_, typed);
+  return Completions(place, BoardTables(options.load.board).Iadt());
 }
 
 /// Says what is wrong, in the form that was asked for; in that of a plugin for `check`, which must not claim a critical
@@ -215,6 +225,8 @@ int Execute(const CommandLine& line) {
 
 int Main(int argc, char** argv) {
   CommandLine line;
+  if (argc > 1 && std::string_view(argv[1]) == kComplete)
+    return commandline::Print(kTool, line.Complete({argv + 2, argv + argc})) ? kDone : kRefused;
   const commandline::Outcome read = line.Read(argc, argv);
   switch (read.kind) {
     case commandline::Outcome::kAnswer:
