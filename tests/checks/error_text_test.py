@@ -21,6 +21,7 @@ PAGE = """
 |---|---|---|
 | 0x02 | COM port type | 0x200, 0x204 |
 | 0x03 | voltage | 0x300, 0x305 |
+| 0x04 | temperature | 0x404 to 0x406 |
 
 | sub-code | words | left |
 |---|---|---|
@@ -30,6 +31,10 @@ PAGE = """
 | code | words | left |
 |---|---|---|
 | 0x305 | no sensor | |
+
+| code | words |
+|---|---|
+| 0x405, 0x406 | other words |
 """
 
 
@@ -58,7 +63,9 @@ class Script(unittest.TestCase):
     def test_takes_the_words_of_the_sub_code_or_of_the_whole_code(self):
         codes = error_text.Codes(PAGE)
         self.assertEqual({0: "success", 12: "wrong selector", 0x200: "COM port type: not offered",
-                          0x204: "COM port type: no entry", 0x300: "voltage: not offered", 0x305: "voltage: no sensor"},
+                          0x204: "COM port type: no entry", 0x300: "voltage: not offered", 0x305: "voltage: no sensor",
+                          0x404: "temperature: no entry", 0x405: "temperature: other words",
+                          0x406: "temperature: other words"},
                          {code: codes.text(code) for code in codes.reasons})
 
     def test_refuses_a_code_in_the_row_of_another_family(self):

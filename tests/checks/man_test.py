@@ -58,9 +58,10 @@ class ManPages(unittest.TestCase):
             self.assertRegex(done.stdout, rf'^{re.escape(str(page))}: "{page.stem} - .+"\n$')
 
     def test_groff_and_mandoc_find_nothing_wrong(self):
+        # In pages: on the one endless page of a terminal, groff warns of cells that would have to be moved to the next.
+        environment = {"LC_ALL": "C.UTF-8", "MANWIDTH": "80", "MANROFFOPT": "-rcR=0", "PATH": os.environ["PATH"]}
         for name, page in self.pages.items():
-            done = run("man", "--warnings=w", "--local-file", page, env={"LC_ALL": "C.UTF-8", "MANWIDTH": "80",
-                                                                         "PATH": os.environ["PATH"]})
+            done = run("man", "--warnings=w", "--local-file", page, env=environment)
             self.assertEqual((0, ""), (done.returncode, done.stderr), name)
             done = run("mandoc", "-T", "lint", "-W", "warning", page)
             self.assertEqual((0, ""), (done.returncode, done.stdout), name)
