@@ -70,7 +70,11 @@ std::string Summed(std::string bytes, size_t place) {
 
 std::string AcpiTable(const std::string& signature, const std::string& body) {
   constexpr size_t kHeader = 36, kChecksum = 9;
-  return Summed(signature + Little(kHeader + body.size(), 4) + std::string(kHeader - 8, '\0') + body, kChecksum);
+  // Revision, checksum and the makers: 6 and 8 characters.
+  const std::string makers = std::string("\1\0", 2) + "VYNTST" + "TESTBRD ";
+  std::string header = signature + Little(kHeader + body.size(), 4) + makers;
+  header.resize(kHeader);
+  return Summed(header + body, kChecksum);
 }
 
 }  // namespace vynctl::doctor
