@@ -251,6 +251,20 @@ TEST_F(IntelByteBlocks, AreNotToldWhenWritten) {
   EXPECT_THAT(PortLog(), testing::Not(testing::Contains(Out8(0xEFA2, 0x34))));
 }
 
+using Intel6300Esb = SMBusChipset;
+
+// Its registers 0xf0 to 0xf3 decode the firmware hub and disable functions; taken for a root complex base they would
+// lead to memory of others.
+TEST_F(Intel6300Esb, IsNotTakenToHaveARootComplexBlock) {
+  Attach("6300esb");
+  board.Pci(0, 0x1f, 0).Set(0xF0, 4, 0x00080001);
+  EXPECT_EQ(Read(), kRead);
+  for (const sim::Access& access : board.Log())
+    EXPECT_TRUE(access.kind == sim::Access::kIn || access.kind == sim::Access::kOut ||
+                access.kind == sim::Access::kSleep)
+        << sim::ToString(access);
+}
+
 using UliBlocks = SMBusChipset;
 
 TEST_F(UliBlocks, AreStartedOncePerByte) {
