@@ -98,7 +98,7 @@ struct TomlSection::Content {
 
 TomlSection TomlSection::Parse(std::string_view text, std::string_view source, std::string name) {
   try {
-    const auto whole = std::make_shared<Content::Whole>(toml::parse(text, source));
+    const auto whole = std::make_shared<Content::Whole>(Content::Whole{toml::parse(text, source)});
     return TomlSection(std::make_shared<Content>(whole, whole->table, std::move(name)));
   } catch (const toml::parse_error& error) {
     throw BoardFileError(SpotOf(error.source()), std::string(error.description()));
@@ -136,8 +136,8 @@ void TomlSection::Complain(Complaint complaint) const { content_->whole->complai
 std::vector<Complaint> TomlSection::Complaints() const {
   std::vector<Complaint> complaints = content_->whole->complaints;
   std::ranges::stable_sort(complaints, {}, &Complaint::spot);
-  const auto again = std::ranges::unique(complaints, {}, &Complaint::spot);
-  complaints.erase(again.begin(), again.end());
+  const auto isAgain = [](const Complaint& one, const Complaint& other) { return one.spot == other.spot; };
+  complaints.erase(std::unique(complaints.begin(), complaints.end(), isAgain), complaints.end());
   return complaints;
 }
 
