@@ -1,6 +1,4 @@
 // The default of the simulated library: the board file that the environment names.
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -25,13 +23,6 @@ std::unique_ptr<sim::Board> Refused(const std::string& why) {
   return sim::Board::Unprivileged();
 }
 
-/// Of interest to whoever writes the board's file; programs that read messages are spared.
-void Remark(const boardfile::Firmware& firmware, const char* path) {
-  if (isatty(STDERR_FILENO) == 0) return;
-  for (const boardfile::Complaint& remark : firmware.remarks)
-    std::fprintf(stderr, "%s\n", boardfile::LineOf(remark, path).c_str());
-}
-
 }  // namespace
 
 std::unique_ptr<sim::Board> sim::DefaultBoard() {
@@ -41,7 +32,6 @@ std::unique_ptr<sim::Board> sim::DefaultBoard() {
   if (!loaded.board) return Refused(loaded.error);
   if (const auto endless = boardfile::FindEndlessLoop(loaded.firmware))
     return Refused(boardfile::LineOf(*endless, path));
-  Remark(loaded.firmware, path);
   if (IsSet(kLiveVariable)) loaded.board->live = true;
   return std::move(loaded.board);
 }

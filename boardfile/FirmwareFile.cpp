@@ -60,7 +60,14 @@ struct VendorTable {
   std::optional<uint32_t> at = {};
   std::vector<Origin> origins = {};
   bool owned = true;  ///< the file says whose table it is
+  std::vector<Allowance> allowed = {};
 };
+
+/// Rules that a section's bytes may break; those of the file may be broken everywhere.
+void ReadAllowed(TomlSection* section, size_t first, size_t end, std::vector<Allowance>* allowed) {
+  for (const std::string& rule : section->Texts("allow", kTextLimit))
+    allowed->push_back({rule, first, end, section->WhereOf("allow")});
+}
 
 /// The table that `builder` holds, with what its section says of its header and place.
 template <typename Builder>
@@ -71,6 +78,7 @@ VendorTable FinishTable(TomlSection* section, Builder* builder) {
   ReadHeader(section, &builder->header);
   VendorTable table{.bytes = builder->Build(), .at = Dword32(section, "at"), .origins = {{0, section->Where()}}};
   table.owned = owned || section->Has("header_bytes");
+  ReadAllowed(section, 0, table.bytes.size(), &table.allowed);
   ReplaceHeader(section, &table.bytes);
   section->Finish();
   return table;
@@ -231,13 +239,17 @@ VendorTable ReadIadt(TomlSection* root) {
   if (found.empty() && !own) return {};
   IadtBuilder builder;
   std::vector<Origin> origins;
+  std::vector<Allowance> allowed;
   size_t size = 0;
   for (RecordSection& each : found) {
     each.section.Try([&] {
+      each.section.Skip("allow");
       const PlacedRecord placed = each.reader->read(&each.section, sequences);
       for (const Origin& origin : placed.origins)
         origins.push_back({acpi::kHeaderBytes + size + origin.offset, origin.spot});
+      const size_t first = acpi::kHeaderBytes + size;
       size += placed.record.Build().size();
+      ReadAllowed(&each.section, first, acpi::kHeaderBytes + size, &allowed);
       builder.Add(placed.record);
     });
     if (size > kTableLimit) throw BoardFileError(each.section.Where(), "the records must fit into 16 MiB");
@@ -248,6 +260,7 @@ VendorTable ReadIadt(TomlSection* root) {
   else
     table.bytes = builder.Build();
   table.origins.insert(table.origins.end(), origins.begin(), origins.end());
+  table.allowed.insert(table.allowed.end(), allowed.begin(), allowed.end());
   return table;
 }
 
@@ -311,6 +324,7 @@ void ReadBios(TomlSection* root, Firmware* firmware) {
   auto section = root->Sub("bios");
   if (!section) return;
   firmware->biosInfoOrigins = {{0, section->Where()}};
+  ReadAllowed(&*section, 0, bios::kRecordBytes, &firmware->biosInfoAllowed);
   firmware->biosInfoAddress = Dword32(&*section, "at").value_or(kBiosInfoAddress);
   if (const auto raw = section->ByteList("raw")) {
     firmware->biosInfo = *raw;
@@ -409,7 +423,11 @@ Firmware ReadFirmware(TomlSection* root) {
                     .biosInfo = {},
                     .iadtOrigins = iadt.origins,
                     .iamtOrigins = iamt.origins,
+                    .iadtAllowed = iadt.allowed,
+                    .iamtAllowed = iamt.allowed,
                     .acpi = ReadAcpi(root, iamt, iadt)};
+  for (auto* allowed : {&firmware.iadtAllowed, &firmware.iamtAllowed, &firmware.biosInfoAllowed})
+    root->Try([&] { ReadAllowed(root, 0, kTableLimit, allowed); });
   RemarkOnOwner(iadt, "iadt", &firmware.remarks);
   RemarkOnOwner(iamt, "iamt", &firmware.remarks);
   root->Try([&] { ReadBios(root, &firmware); });

@@ -17,11 +17,19 @@ struct Origin {
   Spot spot;
 };
 
+/// A rule of `vyntable check` that bytes of a table may break.
+struct Allowance {
+  std::string rule;
+  size_t first, end;  ///< of the bytes
+  Spot spot;          ///< of the key
+};
+
 /// A table that the file does not mention is empty.
 struct Firmware {
   firmware::Bytes iadt, iamt, biosInfo;  ///< what vyntable writes
   /// By offset, from 0 on where there is a table.
   std::vector<Origin> iadtOrigins = {}, iamtOrigins = {}, biosInfoOrigins = {};
+  std::vector<Allowance> iadtAllowed = {}, iamtAllowed = {}, biosInfoAllowed = {};
   std::vector<Complaint> remarks = {};  ///< what should be said of a file that is right
   uint32_t biosInfoAddress = 0;
   std::optional<firmware::AcpiImage> acpi;  ///< root pointer and all tables; empty when the board has none

@@ -211,6 +211,22 @@ std::vector<uint64_t> TomlSection::Numbers(std::string_view key, uint64_t max) {
   return values;
 }
 
+std::vector<std::string> TomlSection::Texts(std::string_view key, size_t maxLength) {
+  std::vector<std::string> texts;
+  const toml::node* node = content_->Ask(key);
+  if (!node) return texts;
+  const auto* list = node->as_array();
+  if (!list || list->size() > kListLimit) Fail(key, "a list of texts");
+  for (const toml::node& element : *list) {
+    const auto* text = element.as_string();
+    if (!text || text->get().size() > maxLength)
+      throw BoardFileError(SpotOf(element), "\"" + std::string(key) + "\" must hold texts of at most " +
+                                                std::to_string(maxLength) + " characters");
+    texts.push_back(text->get());
+  }
+  return texts;
+}
+
 std::optional<TomlSection> TomlSection::Sub(std::string_view key) {
   const toml::node* node = content_->Ask(key);
   if (!node) return std::nullopt;

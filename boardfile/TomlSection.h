@@ -86,6 +86,8 @@ class TomlSection {
   std::optional<firmware::Bytes> ByteList(std::string_view key);
   /// A list of numbers up to `max`.
   std::vector<uint64_t> Numbers(std::string_view key, uint64_t max);
+  /// A list of texts; none when the key is absent.
+  std::vector<std::string> Texts(std::string_view key, size_t maxLength);
   std::optional<TomlSection> Sub(std::string_view key);
   /// The tables of a list of tables, in order; none when the key is absent.
   std::vector<TomlSection> List(std::string_view key);

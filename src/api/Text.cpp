@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "layout/FanName.h"
+
 namespace api {
 
 int IsSubStrInStr(std::string_view text, std::string_view pattern) {
@@ -17,15 +19,6 @@ void RemoveSubStr(size_t size, char* text, std::string_view pattern) {
   std::memset(text + whole.size() - pattern.size(), 0, pattern.size());
 }
 
-bool FanNameMatches(std::string_view name, std::string_view wanted) {
-  if (wanted.empty()) return false;
-  size_t hits = 0;  // not reset between positions
-  for (size_t p = 0; p + wanted.size() <= name.size(); ++p) {
-    if (name[p] != wanted[0]) continue;
-    for (size_t i = 0; i < wanted.size(); ++i) hits += name[p + i] == wanted[i] ? 1 : 0;
-    if (hits == wanted.size()) return true;
-  }
-  return false;
-}
+bool FanNameMatches(std::string_view name, std::string_view wanted) { return layout::FanNameMatches(name, wanted); }
 
 }  // namespace api

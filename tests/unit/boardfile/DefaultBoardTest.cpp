@@ -1,8 +1,5 @@
 // The board that the simulated library takes from the environment.
-#include <fcntl.h>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -71,32 +68,7 @@ TEST_F(DefaultBoard, IsRefusedWhereACallWouldNeverEnd) {
   EXPECT_EQ(Complaint(feature + "  { raw = \"00 00 00\" },\n]\n"), "taken");
 }
 
-/// What is said on a terminal when the board is made.
-std::string SaidOnATerminal(const std::string& text) {
-  const int master = posix_openpt(O_RDWR | O_NOCTTY);
-  EXPECT_EQ(grantpt(master), 0);
-  EXPECT_EQ(unlockpt(master), 0);
-  const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY), kept = dup(STDERR_FILENO);
-  const std::string file = testing::TempDir() + "default-board.toml";
-  std::ofstream(file) << text;
-  setenv("VYNLIB_BOARD", file.c_str(), 1);
-  sim::Board::MakeCurrent(nullptr);
-  dup2(terminal, STDERR_FILENO);
-  platform::SetIoPrivilegeLevel(3);
-  std::fputs("end\n", stderr);
-  dup2(kept, STDERR_FILENO);
-  char said[1024];
-  const ssize_t count = read(master, said, sizeof said);
-  for (const int descriptor : {master, terminal, kept}) close(descriptor);
-  const std::string all(said, count > 0 ? static_cast<size_t>(count) : 0);
-  return all.substr(all.rfind(file, 0) == 0 ? file.size() : 0);
-}
-
-TEST_F(DefaultBoard, SaysOnATerminalWhenATableIsInTheNameOfAnother) {
-  EXPECT_EQ(SaidOnATerminal("[bios]\nmodel = \"M\"\n"), "end\r\n");
-  EXPECT_THAT(SaidOnATerminal("[iadt]\n"), testing::StartsWith(":1: [iadt] needs \"oem_id\""));
-  EXPECT_EQ(Complaint("[iadt]\n"), "taken");
-}
+TEST_F(DefaultBoard, IsTakenWithoutAWordWhereNoMakerIsNamed) { EXPECT_EQ(Complaint("[iadt]\n"), "taken"); }
 
 TEST_F(DefaultBoard, IsUnprivilegedWithOneLineWithoutAFile) {
   Name("");

@@ -91,12 +91,12 @@ TEST_F(Vyntable, FindsNothingWrongWithTheReferenceBoard) {
 TEST_F(Vyntable, ReportsFindingsWithTheirOffsets) {
   Write("b.toml",
         std::string(kOwner) + "[[feature]]\nfunction = \"BTState\"\ncommands = [{ msr = 0x1B, get = \"read\" }]\n");
-  EXPECT_EQ(Run("compile b.toml -o .").status, 0);
+  EXPECT_EQ(Run("compile b.toml -o . --force").status, 0);
   const Outcome outcome = Run("check iadt.bin");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.output,
             "iadt.bin:0x003f: error: no entry can go on behind an MSR command: where it succeeds, the call ends with "
-            "code 21 (BTState index 0 value 0)\n"
+            "code 21 (BTState index 0 value 0) [msr-in-entry]\n"
             "1 error, 0 warnings, 0 notes\n");
 }
 
@@ -108,7 +108,7 @@ TEST_F(Vyntable, ShowsNamesOfFirmwareEscapedAndInOneLine) {
   EXPECT_EQ(Run("compile b.toml -o .").status, 0);
   EXPECT_EQ(Run("check iadt.bin").output,
             "iadt.bin:0x0024: warning: an entry without commands always succeeds (BTState index 0 value 0 "
-            "\"\\x1B[2J\\x0AA\")\n0 errors, 1 warning, 0 notes\n");
+            "\"\\x1B[2J\\x0AA\") [entry-empty]\n0 errors, 1 warning, 0 notes\n");
   const std::string words = Run("explain iadt.bin biosinfo.bin").output;
   EXPECT_THAT(words, HasSubstr("BTState index 0 value 0 \"\\x1B[2J\\x0AA\", 27 bytes\n"));
   EXPECT_THAT(words, HasSubstr("model \"M\\x1B[2J\"\n"));
@@ -195,7 +195,8 @@ TEST_F(Sources, MayBeAFirmwareImage) {
 TEST_F(Sources, CountOffsetsFromTheBeginningOfTheFile) {
   const std::string bad = iadt.substr(0, 36 + 2) + '\xF0' + iadt.substr(36 + 3);  // no right checksum any more
   Write("rom", std::string(0x1000, '\xFF') + bad);
-  EXPECT_THAT(Run("check rom").output, HasSubstr("rom:0x1009: error: the bytes do not sum to 0 modulo 256\n"));
+  EXPECT_THAT(Run("check rom").output,
+              HasSubstr("rom:0x1009: error: the bytes do not sum to 0 modulo 256 [table-checksum]\n"));
 }
 
 TEST_F(Sources, WantAChoiceOfDifferentTables) {
@@ -263,20 +264,20 @@ TEST_F(Vyntable, WritesADependencyFile) {
 TEST_F(Vyntable, CompilesNoTableInTheNameOfAnother) {
   Write("b.toml", std::string("[iamt]\nchips = [1]\n") + kFeature);
   const Outcome outcome = Run("compile b.toml -o out");
-  EXPECT_EQ(outcome.status, 2);
-  EXPECT_EQ(
-      outcome.output,
-      "vyntable: b.toml:1:1: [iadt] needs \"oem_id\", the name of the board's maker in up to 6 characters: without "
-      "it the table says \"VYNMAR\"\n"
-      "vyntable: b.toml:1:1: [iamt] needs \"oem_id\", the name of the board's maker in up to 6 characters: without "
-      "it the table says \"VYNMAR\"\n");
+  EXPECT_EQ(outcome.status, 1);
+  const std::string rest =
+      " needs \"oem_id\", the name of the board's maker in up to 6 characters: without it the table "
+      "says \"VYNMAR\" [oem-missing]\n";
+  EXPECT_EQ(outcome.output, "b.toml:1:1: error: [iadt]" + rest + "b.toml:1:1: error: [iamt]" + rest +
+                                "vyntable: nothing is written for these errors; --force writes all the same\n");
   EXPECT_FALSE(fs::exists(directory / "out"));
 }
 
 TEST_F(Vyntable, FindsEmptyNamesOfMakers) {
   Write("b.toml", std::string("[iadt]\noem_id = \"  \"\n") + kFeature);
   EXPECT_EQ(Run("check b.toml").output,
-            "b.toml:1:1: warning: the OEM ID is empty\nb.toml:1:1: warning: the OEM table ID is empty\n"
+            "b.toml:1:1: warning: the OEM ID is empty [oem-empty]\nb.toml:1:1: warning: the OEM table ID is empty "
+            "[oem-empty]\n"
             "0 errors, 2 warnings, 0 notes\n");
 }
 
@@ -288,9 +289,9 @@ TEST_F(Vyntable, NamesThePlaceInABoardFile) {
                       "  { msr = 0x1B, get = \"read\" },\n]\n");
   EXPECT_EQ(
       Run("check b.toml").output,
-      "b.toml:7:3: note: neither reads nor writes, in either direction (BTState index 0 value 0)\n"
+      "b.toml:7:3: note: neither reads nor writes, in either direction (BTState index 0 value 0) [command-idle]\n"
       "b.toml:8:3: error: no entry can go on behind an MSR command: where it succeeds, the call ends with code 21 "
-      "(BTState index 0 value 0)\n"
+      "(BTState index 0 value 0) [msr-in-entry]\n"
       "1 error, 0 warnings, 1 note\n");
 }
 
@@ -309,6 +310,53 @@ TEST_F(Vyntable, TellsAllMistakesOfABoardFileAtOnce) {
       "vyntable: b.toml:8:18: \"widht\" is not a key of [[commands]] (did you mean 'width'?)\n"
       "vyntable: b.toml:9:11: \"use\" of [[commands]] must be the name of one of the [sequences] (did you mean "
       "'gpio'?)\n");
+}
+
+// --- rules ---
+
+TEST_F(Vyntable, WritesNoTablesWithErrorsUnlessForced) {
+  Write("b.toml",
+        std::string(kOwner) + "[[feature]]\nfunction = \"BTState\"\ncommands = [{ msr = 0x1B, get = \"read\" }]\n");
+  EXPECT_EQ(Run("compile b.toml -o out").status, 1);
+  EXPECT_FALSE(fs::exists(directory / "out"));
+  EXPECT_EQ(Run("compile b.toml -o out --allow msr-in-entry:b.toml:6").status, 0);
+  EXPECT_EQ(Run("compile b.toml -o out --allow msr-in-entry:b.toml:7").status, 1);
+  EXPECT_EQ(Run("compile b.toml -o out --force").status, 0);
+}
+
+TEST_F(Vyntable, AllowsRulesByNameAndPlace) {
+  const std::string warned = std::string(kOwner) + "[[feature]]\nfunction = \"BTState\"\n";
+  Write("b.toml", warned);
+  EXPECT_EQ(Run("check b.toml").status, 0);
+  EXPECT_EQ(Run("check --strict b.toml").status, 1);
+  for (const char* place : {"", ":b.toml", ":b.toml:4", ":4", ":4:1"})
+    EXPECT_EQ(Run(std::string("check --strict b.toml --allow entry-empty") + place).output,
+              "0 errors, 0 warnings, 0 notes; 1 allowed\n")
+        << place;
+  for (const char* other : {"entry-empty:c.toml", "entry-empty:5", "state-twice"})
+    EXPECT_EQ(Run(std::string("check --strict b.toml --allow ") + other).status, 1) << other;
+  const Outcome unknown = Run("check b.toml --allow entry-emty");
+  EXPECT_EQ(unknown.output, "vyntable: --allow: there is no rule 'entry-emty' (did you mean 'entry-empty'?)\n");
+  EXPECT_EQ(unknown.status, 2);
+}
+
+TEST_F(Vyntable, TakesExceptionsFromTheBoardFile) {
+  const std::string feature = "[[feature]]\nfunction = \"BTState\"\n", other = "[[feature]]\nfunction = \"OTPState\"\n";
+  Write("b.toml", kOwner + feature + "allow = [\"entry-empty\"]\n" + other);
+  EXPECT_EQ(Run("check b.toml").output,
+            "b.toml:7:1: warning: an entry without commands always succeeds (OTPState index 0 value 0) [entry-empty]\n"
+            "0 errors, 1 warning, 0 notes; 1 allowed\n");
+  Write("b.toml", "allow = [\"entry-empty\"]\n" + (kOwner + feature) + other);
+  EXPECT_EQ(Run("check b.toml").output, "0 errors, 0 warnings, 0 notes; 2 allowed\n");
+  Write("b.toml", kOwner + feature + "allow = [\"empty\"]\n");
+  EXPECT_EQ(Run("check b.toml").output, "vyntable: b.toml:6:9: there is no rule 'empty'\n");
+}
+
+TEST_F(Vyntable, NamesEveryRuleWithReasonAndCure) {
+  const Outcome outcome = Run("check --rules");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.output, HasSubstr("msr-write (error)\n  Model-specific registers are only read.\n"
+                                        "  Take the command out.\n"));
 }
 
 TEST_F(Vyntable, ExplainsWithoutColourInAPipe) {
@@ -392,7 +440,7 @@ TEST_F(Vyntable, ShowsNoControlCharacters) {
 }
 
 TEST_F(Vyntable, EndsWith2OnWrongUsage) {
-  for (const char* arguments : {"", "compile", "compile b.toml", "bake", "check", "check --fast x"})
+  for (const char* arguments : {"", "compile", "compile b.toml", "bake", "check", "check --fast x", "decompile"})
     EXPECT_EQ(Run(arguments).status, 2) << arguments;
   EXPECT_EQ(Run("--help").status, 0);
   EXPECT_EQ(Run("--version").status, 0);
