@@ -5,15 +5,15 @@
 #include <vector>
 
 #include "diagnosis/Image.h"
+#include "diagnosis/Rules.h"
 
 namespace diagnosis {
 
-enum class Severity { kNote, kWarning, kError };
-
 struct Finding {
-  size_t offset;  ///< in the file
+  size_t offset;  ///< in the table
   Severity severity;
   std::string text;
+  const RuleRow* rule;
 };
 
 /// In the order of their offsets.

@@ -1,12 +1,12 @@
 /// Checks of single access commands.
 #pragma once
 
+#include "diagnosis/Findings.h"
 #include "layout/Walk.h"
-#include "diagnosis/Check.h"
-#include "diagnosis/CommandContext.h"
 
 namespace diagnosis {
 
-void CheckCommand(const layout::CommandView& command, const CommandContext& context, std::vector<Finding>* findings);
+/// A command of the record by itself, of an entry or of a sensor.
+void CheckCommand(const layout::RecordView& record, const layout::CommandView& command, Findings* findings);
 
 }  // namespace diagnosis

@@ -171,6 +171,12 @@ std::string NameText(const RecordView& record) {
   return {name.begin(), std::find(name.begin(), name.end(), uint8_t{0})};
 }
 
+std::string FanText(const RecordView& record) {
+  std::string name = NameText(record);
+  if (const size_t at = name.find(kFanModeWord); at != std::string::npos) name.erase(at, kFanModeWord.size());
+  return name;
+}
+
 std::string Title(const RecordView& record) {
   const std::string text = NameText(record), name = text.empty() ? "" : fmt::format(" \"{}\"", text);
   const RecordType* type = record.Row();

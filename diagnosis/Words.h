@@ -4,13 +4,15 @@
 #include <string>
 #include <vector>
 
-#include "layout/Ending.h"
 #include "diagnosis/CommandContext.h"
+#include "layout/Ending.h"
 
 namespace diagnosis {
 
 /// The name up to its terminator, byte for byte.
 std::string NameText(const layout::RecordView& record);
+/// What all modes of a fan have in common: the name without the first word Mode.
+std::string FanText(const layout::RecordView& record);
 /// "LVDSState index 0 value 1" or "voltage 2.1 \"+12V\"". Names are as the firmware has them: not for terminals.
 std::string Title(const layout::RecordView& record);
 

@@ -6,20 +6,25 @@
 
 #include <fmt/core.h>
 
+#include "commandline/Streams.h"
 #include "commandline/Words.h"
 #include "vyntable/Commands.h"
 #include "vyntable/Files.h"
+#include "vyntable/Judgement.h"
 #include "vyntable/Kinds.h"
 #include "vyntable/Outputs.h"
 
 namespace vyntable {
+
+using namespace diagnosis;
 namespace {
 
 namespace fs = std::filesystem;
 
 struct Options {
   std::string board, output, table, dependencyFile;
-  bool dependencies = false;
+  std::vector<std::string> allow;
+  bool dependencies = false, force = false;
 };
 
 constexpr const char* kFileEndings[] = {".bin", ".dat", ".aml"};
@@ -109,16 +114,24 @@ void MakeFolder(const Options& options) {
   if (error) throw BadInput(options.output + ": " + error.message());
 }
 
-void RequireOwner(const CompiledBoard& board) {
+/// Whether the tables may leave the desk: no rule of the gravest kind is broken. Those that are, are told.
+bool Passes(const Options& options, const std::vector<Image>& images) {
+  Judgement judgement;
+  for (const std::string& text : options.allow) judgement.Allow(text);
+  for (const Image& image : images) judgement.Add(image);
+  if (judgement.Count(Severity::kError) == 0) return true;
   std::string lines;
-  for (const std::string& remark : board.remarks) lines += (lines.empty() ? "" : "\n") + remark;
-  if (!lines.empty()) throw BadInput(lines);
+  for (const Verdict& verdict : judgement.Verdicts())
+    if (verdict.severity == Severity::kError) lines += LineOf(verdict) + "\n";
+  commandline::Say(lines);
+  if (!options.force) commandline::Say("vyntable: nothing is written for these errors; --force writes all the same\n");
+  return options.force;
 }
 
 int Compile(const Options& options) {
   const CompiledBoard board = CompileBoard(options.board);
   const std::vector<Target> targets = Targets(options, Wanted(options, board.images));
-  RequireOwner(board);
+  if (!Passes(options, board.images)) return kExitFindings;
   MakeFolder(options);
   Outputs outputs;
   std::vector<std::string> removed;
@@ -148,6 +161,11 @@ Syntax DescribeCompile() {
                      .target = &options->table,
                      .help = "this one alone",
                      .choices = {"iadt", "iamt", "biosinfo"}},
+                    {.name = "--force", .target = &options->force, .help = "write tables with errors"},
+                    {.name = "--allow",
+                     .target = &options->allow,
+                     .help = "RULE or RULE:PLACE, which may be broken (everywhere, or there)",
+                     .oneEach = true},
                     {.name = "--MD",
                      .target = &options->dependencies,
                      .help = "also write a dependency file for make; -MD says the same"},

@@ -140,11 +140,13 @@ struct PartRow {
   Kind kind;
   Bytes boardfile::Firmware::*bytes;
   std::vector<boardfile::Origin> boardfile::Firmware::*origins;
+  std::vector<boardfile::Allowance> boardfile::Firmware::*allowed;
 };
 constexpr PartRow kParts[] = {
-    {Kind::kIadt, &boardfile::Firmware::iadt, &boardfile::Firmware::iadtOrigins},
-    {Kind::kIamt, &boardfile::Firmware::iamt, &boardfile::Firmware::iamtOrigins},
-    {Kind::kBiosInfo, &boardfile::Firmware::biosInfo, &boardfile::Firmware::biosInfoOrigins},
+    {Kind::kIadt, &boardfile::Firmware::iadt, &boardfile::Firmware::iadtOrigins, &boardfile::Firmware::iadtAllowed},
+    {Kind::kIamt, &boardfile::Firmware::iamt, &boardfile::Firmware::iamtOrigins, &boardfile::Firmware::iamtAllowed},
+    {Kind::kBiosInfo, &boardfile::Firmware::biosInfo, &boardfile::Firmware::biosInfoOrigins,
+     &boardfile::Firmware::biosInfoAllowed},
 };
 
 }  // namespace
@@ -163,15 +165,18 @@ CompiledBoard CompileBoard(const std::string& path) {
       lines += (lines.empty() ? "" : "\n") + Line(complaint, path);
     throw BadInput(lines);
   }
-  CompiledBoard board{.images = {}, .remarks = {}, .files = {path}};
+  CompiledBoard board{.images = {}, .files = {path}};
   for (const PartRow& part : kParts) {
     const Bytes& bytes = (*compiled.firmware).*part.bytes;
     if (bytes.empty()) continue;
     Image& image = board.images.emplace_back(Image{part.kind, path, bytes});
     for (const boardfile::Origin& origin : (*compiled.firmware).*part.origins)
       image.places.push_back({origin.offset, PlaceText(origin.spot, path)});
+    for (const boardfile::Allowance& each : (*compiled.firmware).*part.allowed)
+      image.allowed.push_back({each.rule, each.first, each.end, PlaceText(each.spot, path)});
   }
-  for (const boardfile::Complaint& remark : compiled.firmware->remarks) board.remarks.push_back(Line(remark, path));
+  for (const boardfile::Complaint& remark : compiled.firmware->remarks)
+    board.images.front().remarks.push_back({PlaceText(remark.spot, path), remark.text});
   return board;
 }
 

@@ -34,11 +34,10 @@ struct BadInput : std::runtime_error {
 /// Throws BadInput.
 std::vector<Image> ReadImages(const std::vector<std::string>& paths);
 
-/// The tables of a board file, and what should be said of it though it can be compiled.
+/// The tables of a board file; remarks on it are with the first.
 struct CompiledBoard {
   std::vector<Image> images;
-  std::vector<std::string> remarks;  ///< a line each
-  std::vector<std::string> files;    ///< that it was compiled from, its own first
+  std::vector<std::string> files;  ///< that it was compiled from, its own first
 };
 /// Throws BadInput.
 CompiledBoard CompileBoard(const std::string& path);

@@ -60,7 +60,7 @@ std::string MsrCommand(uint32_t number) {
 
 std::string BoardRecords() {
   return IadtRecord(2, 2, "+12V", "\x0A\x01" + IndexCommand(0x295, 0x296)) +
-         IadtRecord(3, 4, "System", SmbusCommand(0x90) + std::string(21, '\0')) +
+         IadtRecord(3, 4, "System", SmbusCommand(0x90) + SmbusCommand(0x90)) +
          IadtRecord(15, 1, "", MemoryCommand(0xFED1F410)) +
          IadtRecord(3, 3, "CPU", "\x10\x07" + Padded(MsrCommand(0x19C), 82));
 }

@@ -70,11 +70,8 @@ std::string Summed(std::string bytes, size_t place) {
 
 std::string AcpiTable(const std::string& signature, const std::string& body) {
   constexpr size_t kHeader = 36, kChecksum = 9;
-  // Revision, checksum and the makers: 6 and 8 characters.
-  const std::string makers = std::string("\1\0", 2) + "VYNTST" + "TESTBRD ";
-  std::string header = signature + Little(kHeader + body.size(), 4) + makers;
-  header.resize(kHeader);
-  return Summed(header + body, kChecksum);
+  const std::string revisionAndChecksum(2, '\0'), maker = "BOARD TABLE   ", rest(12, '\0');
+  return Summed(signature + Little(kHeader + body.size(), 4) + revisionAndChecksum + maker + rest + body, kChecksum);
 }
 
 }  // namespace vynctl::doctor
