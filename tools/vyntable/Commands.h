@@ -17,5 +17,6 @@ Syntax DescribeCompile();
 Syntax DescribeDecompile();
 Syntax DescribeCheck();
 Syntax DescribeExplain();
+Syntax DescribeTest();
 
 }  // namespace vyntable

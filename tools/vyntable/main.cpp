@@ -25,6 +25,7 @@ constexpr Subcommand kSubcommands[] = {
     {"decompile", "turn tables back into a board file", DescribeDecompile},
     {"check", "find what the library would stumble over", DescribeCheck},
     {"explain", "say in words what each record and command does", DescribeExplain},
+    {"test", "try everything on the board's simulated machine", DescribeTest},
 };
 
 int Run(int argc, char** argv) {

@@ -359,6 +359,51 @@ TEST_F(Vyntable, NamesEveryRuleWithReasonAndCure) {
                                         "  Take the command out.\n"));
 }
 
+// --- tries on the simulated machine ---
+
+/// A port register whose bit 0 is Bluetooth, and one whose bits a machine could lose.
+constexpr char kMachine[] =
+    "[bios]\nmodel = \"M\"\n[iamt]\noem_id = \"ACME\"\n[acpi]\n[[ports]]\nfirst = 0x500\nbytes = [0, 200]\n";
+
+std::string State(int value, const char* test, const char* set) {
+  return "[[feature]]\nfunction = \"BTState\"\nvalue = " + std::to_string(value) +
+         "\ncommands = [\n  { port = 0x500, get = \"read and\", and = 1, expected = " + test +
+         " },\n  { port = 0x500, set = \"write and or\", and = 0xFE, or = " + set + " },\n]\n";
+}
+
+TEST_F(Vyntable, SetsEveryStateAndReadsItBack) {
+  Write("b.toml", std::string(kOwner) + kMachine + State(0, "0", "0") + State(1, "1", "1") +
+                      "[[sensor]]\nquantity = \"temperature\"\nkind = 2\nname = \"T\"\n"
+                      "commands = [{ port = 0x501, get = \"read\" }]\n");
+  const Outcome outcome = Run("test b.toml");
+  // The state as it is, two that are set, a sensor.
+  EXPECT_THAT(outcome.output, testing::EndsWith("4 tried, 0 failed\n"));
+  EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(Vyntable, ReportsWhatDoesNotComeBackWithItsAccesses) {
+  Write("b.toml", std::string(kOwner) + kMachine + State(0, "0", "0") + State(1, "1", "2"));
+  const Outcome outcome = Run("test b.toml");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.output,
+              testing::EndsWith("b.toml:19:1: BTState index 0 value 1: it was set, and value 0 is read back\n"
+                                "    in8 0x500 -> 0x00\n    out8 0x500 <- 0x02\n"
+                                "    in8 0x500 -> 0x02\n3 tried, 1 failed\n"));
+}
+
+TEST_F(Vyntable, TriesNoBoardOnWhichACallWouldNotEnd) {
+  Write("b.toml", std::string(kOwner) + kMachine +
+                      "[[feature]]\nfunction = \"BTState\"\ncommands = [{ port = 0x500, opcode = 7 }]\n");
+  const Outcome outcome = Run("test b.toml");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_THAT(outcome.output, HasSubstr("b.toml:14: expected a command that ends"));
+}
+
+TEST_F(Vyntable, FindsTheReferenceBoardDoingWhatItSays) {
+  const Outcome outcome = Run("test " REFERENCE_BOARD);
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+}
+
 TEST_F(Vyntable, ExplainsWithoutColourInAPipe) {
   Write("b.toml",
         "[[feature]]\nfunction = \"BTState\"\nvalue = 1\ncommands = [{ port = 0x80, get = \"read\", expected = 5 }]\n");
