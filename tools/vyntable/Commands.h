@@ -18,5 +18,6 @@ Syntax DescribeDecompile();
 Syntax DescribeCheck();
 Syntax DescribeExplain();
 Syntax DescribeTest();
+Syntax DescribeDiff();
 
 }  // namespace vyntable

@@ -359,6 +359,38 @@ TEST_F(Vyntable, NamesEveryRuleWithReasonAndCure) {
                                         "  Take the command out.\n"));
 }
 
+// --- differences ---
+
+TEST_F(Vyntable, TellsDifferencesByFeatureInstanceAndState) {
+  Write("a.toml", std::string(kOwner) + kBios + kFeature + "[[feature]]\nfunction = \"OTPState\"\nvalue = 2\n");
+  Write("b.toml", std::string(kOwner) + "[bios]\nmodel = \"N\"\n" +
+                      "[[feature]]\nfunction = \"BTState\"\nvalue = 1\n"
+                      "commands = [{ port = 0x80, get = \"read\", expected = 6 }]\n" +
+                      "[[feature]]\nfunction = \"OTPState\"\nvalue = 3\ncommands = [{ delay = 1, set = \"write\" }]\n");
+  const Outcome outcome = Run("diff a.toml b.toml");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output,
+            "~ BIOS information record\n    - model \"M\"\n    + model \"N\"\n"
+            "~ BTState index 0 value 1\n    - port 0x80, 1 byte; Get: reads, must be 0x5; Set: nothing\n"
+            "    + port 0x80, 1 byte; Get: reads, must be 0x6; Set: nothing\n"
+            "- OTPState index 0 value 2\n"
+            "+ OTPState index 0 value 3\n    + wait 1 us; Get: nothing; Set: waits\n");
+}
+
+TEST_F(Vyntable, TellsThatNothingDiffersOrOnlyTheOrder) {
+  const std::string other = "[[feature]]\nfunction = \"BTState\"\nvalue = 2\n";
+  Write("a.toml", kOwner + (kFeature + other));
+  Write("b.toml", kOwner + (other + kFeature));
+  EXPECT_EQ(Run("compile a.toml -o a").status, 0);
+  const Outcome same = Run("diff a.toml a");
+  EXPECT_EQ(same.status, 0);
+  EXPECT_EQ(same.output, "");
+  const Outcome order = Run("diff a.toml b.toml");
+  EXPECT_EQ(order.status, 1);
+  EXPECT_EQ(order.output, "~ the order of the records: the first that succeeds is the one that counts\n");
+  EXPECT_EQ(Run("diff a.toml none").status, 2);
+}
+
 // --- tries on the simulated machine ---
 
 /// A port register whose bit 0 is Bluetooth, and one whose bits a machine could lose.
