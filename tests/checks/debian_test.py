@@ -41,6 +41,14 @@ class Recipe(Case):
         fields = self.succeeds("dpkg-parsechangelog", "--file", DEBIAN / "changelog", "--show-field", "Version")
         self.assertEqual(version.group(1), fields.strip())
 
+    def test_the_python_package_is_of_that_version_too(self):
+        version = re.search(r'^__version__ = "(.*)"$', (SOURCE / "python/vynlib/__init__.py").read_text(), re.MULTILINE)
+        fields = self.succeeds("dpkg-parsechangelog", "--file", DEBIAN / "changelog", "--show-field", "Version")
+        self.assertEqual(version.group(1), fields.strip())
+        source, target = (DEBIAN / "python3-vynlib.install").read_text().split()
+        self.assertTrue((SOURCE / source / "__init__.py").exists())
+        self.assertEqual("usr/lib/python3/dist-packages", target)
+
     def test_the_developers_maintain_it(self):
         self.assertEqual("VynLib developers <vynlib@example.org>", self.stanzas()[0]["Maintainer"])
 
@@ -50,7 +58,7 @@ class Recipe(Case):
         self.succeeds(DEBIAN / "install-parts", BUILD, parts)
         self.succeeds("cmake", "--install", BUILD, "--prefix", "/usr", env=os.environ | {"DESTDIR": str(whole)})
         named = {stanza["Package"] for stanza in self.stanzas() if "Package" in stanza}
-        self.assertEqual(named, {package.name for package in parts.iterdir()})
+        self.assertEqual(named, {package.name for package in parts.iterdir()} | {"python3-vynlib"})
         packed = sorted(path.name for path in parts.rglob("*") if not path.is_dir())
         self.assertEqual(sorted(path.name for path in whole.rglob("*") if not path.is_dir()), packed)
         self.assertIn("vynlib.h", packed)

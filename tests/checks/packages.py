@@ -22,6 +22,11 @@ def sources():
                   "Origin: Debian").splitlines()
 
 
+def environment(**changes):
+    """Without what says how this project is built here."""
+    return {name: value for name, value in os.environ.items() if not name.startswith(("CMAKE_", "CCACHE_"))} | changes
+
+
 def settings():
     """How this system reaches them."""
     lines = output("apt-config", "dump", "Acquire").splitlines()
@@ -42,7 +47,7 @@ class Packages(unittest.TestCase):
         (cls.scratch / place).mkdir(parents=True)
         with (cls.scratch / f"{name}.log").open("w") as log:
             done = subprocess.run([SOURCE / "scripts/package", cls.scratch / name], stdout=log, stderr=subprocess.STDOUT,
-                                  env=os.environ | {"TMPDIR": str(cls.scratch / place)}, check=False)
+                                  env=environment(TMPDIR=str(cls.scratch / place)), check=False)
         if done.returncode != 0:
             raise AssertionError((cls.scratch / f"{name}.log").read_text()[-5000:])
         return cls.scratch / name
@@ -70,8 +75,8 @@ class Packages(unittest.TestCase):
         release = re.search(r"^VERSION_CODENAME=(.*)$", pathlib.Path("/etc/os-release").read_text(), re.MULTILINE).group(1)
         done = subprocess.run(["mmdebstrap", "--variant=apt", *settings(), f"--customize-hook=copy-in {box} /",
                                '--customize-hook=chroot "$1" /vynlib/fresh-root', release, "/dev/null", *sources()],
-                              capture_output=True, text=True, check=False)
-        self.assertEqual(0, done.returncode, done.stderr[-5000:] + done.stdout[-5000:])
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, env=environment())
+        self.assertEqual(0, done.returncode, done.stdout[-5000:])
         self.assertIn("nothing is left", done.stdout)
 
 
