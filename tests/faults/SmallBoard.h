@@ -14,7 +14,7 @@
 #include <string_view>
 
 #include "sim/chips/SmbusHost.h"
-#include "tests/support/Machine.h"
+#include "tests/support/CurrentBoard.h"
 
 namespace small_board {
 
@@ -46,8 +46,8 @@ class Quiet {
 /// VynLibDllInit, which prints, quietly.
 int Start();
 
-/// The machine with such a board.
-struct Machine : support::Machine {
+/// Such a board, current while it lives. A library that was started on another goes on on this one.
+struct Machine : support::CurrentBoard {
   explicit Machine(std::string_view controller) { Build(&board, controller); }
 };
 
