@@ -16,16 +16,14 @@ class TVyn;
 
 namespace api {
 
-#pragma GCC visibility push(hidden)  // reached without the global offset table
-extern uint8_t InitOk;               ///< 1 once VynLibDllInit has succeeded
-extern uint64_t LastErrorCode;       ///< outcome of the most recent exported call
+extern uint8_t InitOk;          ///< 1 once VynLibDllInit has succeeded
+extern uint64_t LastErrorCode;  ///< outcome of the most recent exported call
 extern TReadWrite* rw;
 extern TVyn* vyn;
 extern TAcpiBase* Acpi;
 extern TIAMTable* IAMTable;
 extern TIADTable* IADTable;
 extern TIAxTCommon* IAxTCommon;
-#pragma GCC visibility pop
 
 /// InitOk; sets code 1 when it is 0.
 inline bool VynLibCheckAvailabled() {

@@ -29,7 +29,7 @@ unsigned notEnded = 0;                 ///< how many are in force
 thread_local unsigned raisedBy = 0;
 
 /// Raises the level of a thread that a start in force has not reached yet, and drops what an ended one left behind.
-[[gnu::noinline]] bool FollowTheStarts() {
+bool FollowTheStarts() {
   const unsigned start = inForce;
   if (iopl(start != 0 ? 3 : 0) != 0) return false;
   raisedBy = start;
@@ -37,11 +37,7 @@ thread_local unsigned raisedBy = 0;
 }
 
 /// False where a port instruction would end the process. Ports then read all ones, as where nobody answers.
-inline bool MayUsePorts() {
-  if (raisedBy == inForce.load(std::memory_order_relaxed)) [[likely]]
-    return true;
-  return FollowTheStarts();
-}
+inline bool MayUsePorts() { return raisedBy == inForce.load(std::memory_order_relaxed) || FollowTheStarts(); }
 
 /// Outlives every call, those made while the process ends included.
 FirmwareMemory& Firmware() {

@@ -50,7 +50,7 @@ struct CommandField {
   uint8_t offset = 0, bytes = 0;
 };
 
-struct alignas(32) CommandLayout {
+struct CommandLayout {
   uint8_t kind;
   uint8_t form;          ///< 0 = any
   uint8_t length;        ///< bytes of the record

@@ -139,15 +139,14 @@ class CommandCursor {
   }
 
  private:
-  // Out of line: hardly a command goes here, and every other one would have to save registers for it.
-  [[gnu::noinline, gnu::cold]] static bool StepsByKind(uint8_t opcode) {
+  static bool StepsByKind(uint8_t opcode) {
     const CommandLayout* kind = FindKind(opcode);
     return kind != nullptr && kind->steps;
   }
   /// A command whose form does not fit its kind needs the bytes of the shortest of the kind, so that padding behind a
   /// block (zeros are such a command) ends the call and is not repeated for ever. One that cannot be stepped over for
   /// its kind needs only its opcode and control word.
-  [[gnu::noinline, gnu::cold]] static int64_t ReachWithoutLayout(uint8_t opcode) {
+  static int64_t ReachWithoutLayout(uint8_t opcode) {
     return StepsByKind(opcode) ? int64_t{FindKind(opcode)->length} : int64_t{kCommandPrefixBytes};
   }
 
