@@ -1,3 +1,4 @@
+// Canned answers to every platform call, and a log of the accesses.
 #include "bench/NullMachine.h"
 
 #include <cstring>

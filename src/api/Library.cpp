@@ -1,3 +1,4 @@
+// The library's life: start, tear-down, the last error.
 #include "api/Library.h"
 
 #include <cstdio>

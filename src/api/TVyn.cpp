@@ -1,3 +1,4 @@
+// Finds the BIOS information record, which holds the model name.
 #include "api/TVyn.h"
 
 #include <algorithm>

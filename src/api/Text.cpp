@@ -1,3 +1,4 @@
+// Parts of names, found and taken out, and which fan a name means.
 #include "api/Text.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// Physical memory: values, blocks, and the search for bytes.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

@@ -1,3 +1,4 @@
+// Model-specific registers of the first processor, through the kernel's device file.
 #include <cstdint>
 
 #include <safe_str_lib.h>

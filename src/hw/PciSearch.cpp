@@ -1,3 +1,4 @@
+// Finds PCI functions by identifier, class or capability.
 #include <array>
 #include <cstddef>
 #include <cstdint>

@@ -1,3 +1,4 @@
+// Ports, index/data pairs behind ports, and blocks of both.
 #include <cstddef>
 #include <cstdint>
 

@@ -1,3 +1,4 @@
+/// A set of the numbers from 0 to 255, as a map of bits.
 #pragma once
 
 /// A set of the 256 numbers 0..255 as a 32-byte bit map: member n is bit (n mod 8) of byte (n / 8).

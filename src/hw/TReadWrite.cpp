@@ -1,3 +1,4 @@
+// The life of the hardware object, and the privilege that its operations need.
 #include "hw/TReadWrite.h"
 
 #include <cstdio>

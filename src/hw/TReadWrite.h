@@ -1,3 +1,4 @@
+/// Every kind of hardware access that the library makes.
 #pragma once
 
 #include "hw/Set.h"

@@ -1,3 +1,4 @@
+// Runs parsed scripts statement by statement.
 #include <string>
 #include <string_view>
 

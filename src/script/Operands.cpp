@@ -1,3 +1,4 @@
+// Operands as text: numbers, locals, and the normal form of a script.
 #include <algorithm>
 #include <charconv>
 #include <string>

@@ -1,3 +1,4 @@
+// Parses the text of a script into blocks of statements.
 #include "script/Program.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// Keeps what was parsed of the latest texts, a prefix with its value left open.
 #include "script/ScriptCache.h"
 
 namespace script {

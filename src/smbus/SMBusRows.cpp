@@ -1,3 +1,4 @@
+// The controller records: scripts and numbers of each chipset.
 #include "smbus/SMBusRows.h"
 
 #include "smbus/rows/FchTexts.h"

@@ -1,3 +1,4 @@
+/// One controller record: its scripts, masks and values.
 #pragma once
 
 #include "text/VynString.h"

@@ -1,3 +1,4 @@
+// Makes controller records of the rows.
 #include "smbus/TSMBusConfig.h"
 
 #include <string>

@@ -1,3 +1,4 @@
+/// The list of controller records that detection tries.
 #pragma once
 
 #include <map>

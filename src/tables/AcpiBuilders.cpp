@@ -1,3 +1,4 @@
+// What discovery takes from each kind of ACPI table.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>

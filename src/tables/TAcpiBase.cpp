@@ -1,3 +1,4 @@
+// Finds the root pointer and follows the ACPI tables from it.
 #include "tables/TAcpiBase.h"
 
 #include <algorithm>

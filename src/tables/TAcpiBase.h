@@ -1,3 +1,4 @@
+/// Discovery of the ACPI tables in memory.
 #pragma once
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// Files the records of the function description table into its lists.
 #include "tables/TIADTable.h"
 
 #include <algorithm>

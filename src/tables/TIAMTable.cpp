@@ -1,3 +1,4 @@
+// Keeps the header and the board record of the board information table.
 #include "tables/TIAMTable.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+/// The executor of access commands.
 #pragma once
 
 #include "layout/AccessCommand.h"

@@ -1,3 +1,4 @@
+// Case, blanks at the ends, and tolerant numbers.
 #include "text/StringUtils.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The string's buffer: growing, copying, comparing, cutting.
 #include "text/VynString.h"
 
 #include <algorithm>

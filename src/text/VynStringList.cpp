@@ -1,3 +1,4 @@
+// Lists of strings, and texts taken apart into them.
 #include "text/VynStringList.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// Strings as numbers, and numbers as strings.
 #include <cctype>
 #include <cmath>
 #include <cstdint>

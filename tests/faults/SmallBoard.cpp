@@ -1,3 +1,4 @@
+// The tables, registers and controller of the small board.
 #include "tests/faults/SmallBoard.h"
 
 #include <fcntl.h>

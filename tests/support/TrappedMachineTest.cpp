@@ -1,3 +1,4 @@
+// The trapped machine itself: widths, devices, memory, logs.
 #include "tests/support/TrappedMachine.h"
 
 #include <fcntl.h>

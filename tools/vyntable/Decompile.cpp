@@ -1,3 +1,4 @@
+// decompile: tables become text that compiles to them.
 #include <algorithm>
 #include <memory>
 

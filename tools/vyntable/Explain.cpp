@@ -1,3 +1,4 @@
+// explain: the bytes of tables with words beside them.
 #include <unistd.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// I/O chips by kind and name, and whether both tables were found.
 #include "api/Capability.h"
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// Names, modes and settings of the fans.
 #include <cstdio>
 #include <cstring>
 #include <ctime>

@@ -1,3 +1,4 @@
+// The rows of the feature functions against the public header's order.
 #include "api/FeatureTable.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Start, tear-down and the last error.
 #include "api/Library.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The search for the BIOS information record.
 #include "api/TVyn.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// Parts of texts, found and taken out.
 #include "api/Text.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Enabling, feeding, reading and disabling the watchdog.
 #include <functional>
 
 #include "tests/unit/api/ApiBoard.h"

@@ -1,3 +1,4 @@
+// Every finding, by its offset, on tables that hold its cause.
 #include "diagnosis/Check.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// Records and commands in words.
 #include "diagnosis/Words.h"
 
 #include <gmock/gmock.h>

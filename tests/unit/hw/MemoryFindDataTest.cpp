@@ -1,3 +1,4 @@
+// The search for bytes in physical memory.
 #include <string>
 #include <vector>
 

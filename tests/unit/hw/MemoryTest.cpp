@@ -1,3 +1,4 @@
+// Values, blocks and pages of physical memory, access by access.
 #include "hw/TReadWrite.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// Model-specific registers through the device file.
 #include "tests/unit/hw/Hardware.h"
 
 using hwtest::Close;

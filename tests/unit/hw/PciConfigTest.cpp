@@ -1,3 +1,4 @@
+// Configuration space through the ports, access by access.
 #include "hw/TReadWrite.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// The search for PCI functions.
 #include "hw/TReadWrite.h"
 
 #include <string>

@@ -1,3 +1,4 @@
+// Extended configuration space through memory, access by access.
 #include "hw/TReadWrite.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// Ports and index/data pairs, access by access.
 #include "hw/TReadWrite.h"
 
 #include <array>

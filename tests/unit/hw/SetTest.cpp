@@ -1,3 +1,4 @@
+// Members and layout of the set.
 #include "hw/Set.h"
 
 #include <gtest/gtest.h>

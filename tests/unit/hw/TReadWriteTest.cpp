@@ -1,3 +1,4 @@
+// Life, layout and privilege of the hardware object.
 #include "hw/TReadWrite.h"
 
 #include <cstddef>

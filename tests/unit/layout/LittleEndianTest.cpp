@@ -1,3 +1,4 @@
+// Numbers of any size from bytes at any address.
 #include "layout/LittleEndian.h"
 
 #include <gtest/gtest.h>

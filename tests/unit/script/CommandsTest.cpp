@@ -1,3 +1,4 @@
+// Every word of the script language: operands, limits, accesses, results.
 #include "script/Commands.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Operands and the normal form of a script.
 #include <algorithm>
 #include <initializer_list>
 

@@ -1,3 +1,4 @@
+// Scripts as blocks of statements, long ones included.
 #include "script/Program.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// What the cache keeps, and prefixes with their values.
 #include "script/ScriptCache.h"
 
 #include "tests/unit/script/Machine.h"

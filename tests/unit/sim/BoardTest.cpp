@@ -1,3 +1,4 @@
+// Privilege, clock, log and faults of the simulated machine.
 #include "sim/Board.h"
 
 #include <gmock/gmock.h>

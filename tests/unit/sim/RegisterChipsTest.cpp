@@ -1,3 +1,4 @@
+// The chips that live in a file of registers.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

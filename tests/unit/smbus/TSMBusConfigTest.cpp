@@ -1,3 +1,4 @@
+// The list of controller records and the texts in them.
 #include "smbus/TSMBusConfig.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// Detection and byte and word transfers, script by script.
 #include "smbus/TSMBus.h"
 
 #include "SMBusBoard.h"

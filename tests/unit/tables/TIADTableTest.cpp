@@ -1,3 +1,4 @@
+// Lists and nodes of the function description table.
 #include "tables/TIADTable.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// What is kept of the board information table.
 #include "tables/TIAMTable.h"
 
 #include "firmware/AcpiTable.h"

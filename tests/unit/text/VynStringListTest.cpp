@@ -1,3 +1,4 @@
+// The list of strings, operation by operation.
 #include "text/VynStringList.h"
 
 #include <string>

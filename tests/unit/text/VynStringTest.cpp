@@ -1,3 +1,4 @@
+// The string, operation by operation.
 #include "text/VynString.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The tool as it is run: outputs and exit statuses.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>

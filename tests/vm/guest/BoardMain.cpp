@@ -1,3 +1,4 @@
+// Runs the tests of the guest on a board with tables.
 #include "BoardEnvironment.h"
 
 int main(int argc, char** argv) {

@@ -1,3 +1,4 @@
+// The kernel's SMBus devices, beside the library.
 #include "KernelSmbus.h"
 
 #include <fcntl.h>

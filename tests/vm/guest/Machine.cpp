@@ -1,3 +1,4 @@
+// The machine's registers by ways of the test's own.
 #include "Machine.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Tables and files of machines, written byte by byte.
 #include "Board.h"
 
 #include <fstream>

@@ -1,3 +1,4 @@
+// A folder in place of the file system, and prepared answers in place of system calls.
 #include "FakeMachine.h"
 
 #include <fcntl.h>
