@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counts the program's heap allocations.
 #include <cstdlib>
 #include <new>

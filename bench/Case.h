@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// One thing that is measured: a library call, and the same accesses written by hand.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each kind of access command, and features of one to a thousand entries.
 #include <memory>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A library over tables that the case brings.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vynbench: times every case with Google Benchmark. Other modes: `--verify` compares the accesses of library and
 // baseline; `--account` prints accesses and allocations of one unit of each; `--instructions` runs each once between
 // Callgrind marks (scripts/bench reads them); `--targets` prints the targets. The last three print JSON lines.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The searches that find nothing.
 #include "bench/Case.h"
 #include "bench/Fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Canned answers to every platform call, and a log of the accesses.
 #include "bench/NullMachine.h"
 

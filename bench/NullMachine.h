@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The machine of the benchmarks: every access answers at once from canned values and is counted.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One statement, and one round of a loop that waits for a status bit.
 #include "bench/Case.h"
 #include "bench/Fixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A sensor by name, the last of as many as there are.
 #include <cstring>
 #include <memory>

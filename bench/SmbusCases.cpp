@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Byte transfers through the records of two controllers. The baseline makes the accesses that one transfer was seen to
 // make, one platform call each.
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Starting, and cutting tables into lists.
 #include <cstring>
 #include <memory>

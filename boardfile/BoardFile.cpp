@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole board files: their limits, their errors, their parts.
 #include "boardfile/BoardFile.h"
 

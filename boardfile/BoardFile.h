@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Board descriptions: TOML files that name firmware tables and the machine behind them (docs/board-files.md).
 #pragma once
 

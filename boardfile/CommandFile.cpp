@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Access commands from their keys.
 #include "boardfile/CommandFile.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Access commands of a board file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The words that board files have for control bits and units, and the bytes that no word stands for.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The default of the simulated library: the board file that the environment names.
 #include <cstdio>
 #include <cstdlib>

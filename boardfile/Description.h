@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What a board description says, for those who ask about a board without running one.
 #pragma once
 

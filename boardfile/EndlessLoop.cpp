@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A command whose form does not fit its kind is run until it fails, and only one that reads does.
 #include "boardfile/EndlessLoop.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Entries that a call would never come back from.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records, tables and the BIOS information record from their sections.
 #include "boardfile/FirmwareFile.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The firmware part of a board file: function description and board information tables, the BIOS information record,
 /// the other ACPI tables, and where all of them lie in memory.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fields that bytes stand for; what fields do not give exactly stays bytes.
 #include "boardfile/FirmwareText.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory, registers, functions and chips from their sections.
 #include "boardfile/MachineFile.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The machine part of a board file: memory, ports, register files, PCI functions, MSRs, SMBus controllers, chips.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // "bus:device.function" as three numbers.
 #include "boardfile/PciPlace.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Places of PCI functions in board files.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values of TOML tables, checked.
 #include "boardfile/TomlSection.h"
 

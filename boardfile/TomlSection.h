@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Reads the values of one TOML table with the checks that board files need: every complaint names its place, and what
 /// nobody asked for is an error.
 #pragma once

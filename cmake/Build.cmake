@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Flags that every target of this project shares, and what makes its test programs and shared libraries.
 
 # The third level bounds objects whose size is known only when they are made. Older compilers have the second.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Headers, ends, the board information table and the BIOS information record; records have checks of their own.
 #include "diagnosis/Check.h"
 

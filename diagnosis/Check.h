@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Finds what the library would stumble over.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One row per rule that a single command can break.
 #include "diagnosis/CommandCheck.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Checks of single access commands.
 #pragma once
 

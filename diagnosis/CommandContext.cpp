@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many arguments the library offers when it runs a record's commands.
 #include "diagnosis/CommandContext.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Who runs an access command, and with how many arguments.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What checks ask of a command: how it behaves in each direction, and what it can read and write.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fan modes: how their names are told apart, and their parameters.
 #include <algorithm>
 #include <map>

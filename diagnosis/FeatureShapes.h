@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the library's functions do with the entries of each record type.
 #pragma once
 

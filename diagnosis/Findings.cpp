@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Findings of records carry the record's name.
 #include "diagnosis/Findings.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Where the checks leave what they find.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Places of the machine that belong to somebody else, and calls that take long.
 #include <algorithm>
 #include <iterator>

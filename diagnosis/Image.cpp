@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Places in tables, for messages.
 #include "diagnosis/Image.h"
 

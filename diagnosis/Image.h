@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// One firmware table, as bytes.
 #pragma once
 

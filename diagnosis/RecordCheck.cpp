@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Heads, names and lengths of records, and the commands of those that are not sensors.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The checks of function description records, each of what it is about. `records` are all that the library's walk
 /// meets.
 #pragma once

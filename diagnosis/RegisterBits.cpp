@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Places by name, and what selects among registers of one name.
 #include "diagnosis/RegisterBits.h"
 

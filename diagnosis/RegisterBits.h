@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The bits of the machine that entries test and write, by numbers of their own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What is looked for in tables: one row per rule, with why it matters and what helps.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A search that takes the combination with the fewest open bits first.
 #include "diagnosis/Satisfy.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Whether bits can have values that keep clear of forbidden combinations.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sensor records: their size, name and parameters, and whether their commands read anything.
 #include <algorithm>
 #include <set>

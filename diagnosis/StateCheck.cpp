@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // States of features, fans and the watchdog's count modes: which can be told, and whether what is set is told.
 #include <algorithm>
 #include <map>

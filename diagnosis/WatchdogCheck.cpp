@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The operations of the watchdog: which are there, and whether the interval reaches the hardware.
 #include <algorithm>
 #include <set>

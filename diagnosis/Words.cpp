@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The words follow what the library does with a command, bit by bit.
 #include "diagnosis/Words.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Records and access commands in words.
 #pragma once
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A controller: shows the sensors, lights a LED and drives a fan by the hottest temperature, feeds the watchdog."""
 
 import contextlib

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the tables lie.
 #include "firmware/AcpiImage.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Root pointer and tables with their places in physical memory:
 ///
 ///     AcpiImage().Table(iadt).Table(iamt).PutInto(&board);

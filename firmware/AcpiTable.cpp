@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fixed parts of ACPI tables.
 #include "firmware/AcpiTable.h"
 

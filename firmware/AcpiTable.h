@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// ACPI tables: header and body of any, and those that discovery reads. Everything comes out right by default, and
 /// every length and checksum can be set wrong on purpose.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The record with its checksum.
 #include "firmware/BiosInfo.h"
 

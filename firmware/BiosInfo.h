@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Builds the BIOS information record.
 #pragma once
 

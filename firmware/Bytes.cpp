@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers, texts and checksums into bytes.
 #include "firmware/Bytes.h"
 

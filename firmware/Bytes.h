@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Firmware bytes under construction.
 #pragma once
 

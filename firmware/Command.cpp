@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fields of access commands.
 #include "firmware/Command.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// One access command of a function description record, from the facts of its layout.
 #pragma once
 

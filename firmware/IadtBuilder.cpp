@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records one after another.
 #include "firmware/IadtBuilder.h"
 

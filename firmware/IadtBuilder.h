@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Builds the function description table:
 ///
 ///     Bytes iadt = IadtBuilder()

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Board information records one after another.
 #include "firmware/IamtBuilder.h"
 

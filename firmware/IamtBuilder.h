@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Builds the board information table.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Heads, commands and parameters of function description records.
 #include "firmware/Record.h"
 

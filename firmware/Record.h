@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// One function description record with its commands and parameters.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Discovery over a hostile memory image: whatever lies in the BIOS area and behind every pointer in it.
 #include <cstring>
 #include <vector>

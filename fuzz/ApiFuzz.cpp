@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exported functions in any order with any arguments, over arbitrary tables. Every output buffer is a heap block of
 // exactly the documented size, so that one byte too many is caught.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading an arbitrary board description.
 #include <cstdio>
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Keeps the one loop over a command list that is unbounded by contract out of the fuzzers' way.
 #pragma once
 

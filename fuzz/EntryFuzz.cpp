@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Running arbitrary commands, as an entry and as a sensor record, over a machine with arbitrary answers.
 #include <algorithm>
 #include <vector>

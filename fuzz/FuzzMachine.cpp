@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The machine of the fuzz targets: every answer of the hardware is taken from the input.
 #include "fuzz/FuzzMachine.h"
 

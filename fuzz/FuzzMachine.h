@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The machine of the fuzz targets: it answers every question with bytes of the input, and keeps account.
 #pragma once
 

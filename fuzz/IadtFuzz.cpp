@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cutting an arbitrary function description table into lists, and walking them.
 #include "fuzz/FuzzMachine.h"
 #include "fuzz/TableFuzz.h"

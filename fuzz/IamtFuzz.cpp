@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keeping the board record of an arbitrary board information table.
 #include "fuzz/FuzzMachine.h"
 #include "fuzz/TableFuzz.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs one fuzz target over the files of its corpus: the ordinary test that every past finding stays fixed.
 #include <cstdint>
 #include <cstdio>

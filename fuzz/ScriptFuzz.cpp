@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Running an arbitrary script, as a whole, as statements and as one statement.
 #include <algorithm>
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A vendor table in a buffer of exactly its length.
 #pragma once
 

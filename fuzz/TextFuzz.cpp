@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every text operation on arbitrary texts and positions, in any order.
 #include <memory>
 #include <string>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Steps of a long run, for the scripts that include this: each counts, and says what it did when it ends.
 # The includer sets `logs`, a folder for the whole output of each step.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Accesses in words.
 #include <cinttypes>
 #include <cstdio>

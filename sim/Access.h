@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// One thing that was done to a simulated machine.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a machine is built of, its clock and its log.
 #include "sim/Board.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A simulated machine: ports, PCI functions, physical memory, model-specific registers and a clock that only sleeping
 /// advances, unless its pace says otherwise. The simulated platform acts on `Board::Current()`; tests and the board
 /// loader build one.

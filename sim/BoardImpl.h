@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What a simulated board is made of; shared by the sources that implement sim::Board and by nobody else.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Physical memory, model-specific registers and the device files of the simulated board.
 #include <algorithm>
 #include <cstring>

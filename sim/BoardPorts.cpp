@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ports and PCI mechanism #1 of the simulated board.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The default of programs that make a board of their own current.
 #include "sim/Board.h"
 

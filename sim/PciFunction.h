@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A PCI function of a simulated machine.
 #pragma once
 

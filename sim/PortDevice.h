@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What answers at ports.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The seam over the current simulated board.
 #include "hw/Platform.h"
 #include "sim/Board.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * The library's codes in words: what VynLibDllGetLastError() tells, for people.
  *

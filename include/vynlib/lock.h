@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * Taking turns at the hardware: one lock for all programs that use VynLib, and for all threads of each.
  *

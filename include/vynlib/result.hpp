@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A value of type Value, or why there is none. Part of vynlib/vynlib.hpp.
 #ifndef VYNLIB_RESULT_HPP
 #define VYNLIB_RESULT_HPP

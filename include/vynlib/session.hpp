@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The started library, and turns at calling it. Part of vynlib/vynlib.hpp, which is what programs include.
 #ifndef VYNLIB_SESSION_HPP
 #define VYNLIB_SESSION_HPP

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * VynLib: sensors, watchdog, digital I/O, LEDs, fan control and switches of industrial motherboards, described by the
  * board's own firmware tables.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// VynLib for C++17: a board that starts and ends the library, with sensors, features, fans and the watchdog as
 /// objects.
 ///

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Sensors, features, fans and the watchdog of an industrial board, through the VynLib library.
 
 >>> import vynlib

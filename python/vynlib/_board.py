@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The board: the library, started and ended."""
 
 from __future__ import annotations

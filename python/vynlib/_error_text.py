@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The library's codes in words. Written by scripts/error-text from docs/error-codes.md."""
 
 from typing import Dict

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The board's feature states: one row each."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Turns at the hardware among all programs, as include/vynlib/lock.h has them."""
 
 from __future__ import annotations

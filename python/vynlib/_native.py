@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The library itself: loaded, started once, and called by one thread at a time."""
 
 from __future__ import annotations

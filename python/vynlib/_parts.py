@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Sensors, features and fans of a board."""
 
 from __future__ import annotations

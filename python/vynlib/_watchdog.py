@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The board's watchdog, and the thread that feeds it."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What goes wrong, with the library's code and words."""
 
 from __future__ import annotations

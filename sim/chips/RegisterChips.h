@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Chips that act on a set of registers as time goes by: watchdog, fan, drifting reading.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What chips act on, and the numbers that they are set up with.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A chipset's registers on a board, and its host at the ports that they name.
 #include <algorithm>
 #include <bit>

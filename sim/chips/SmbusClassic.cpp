@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hosts with status 0, control 2, command 3, address 4, data 5 and 6, block window 7: Intel ICH and PCH, the PIIX4 and
 // what took over its registers (ServerWorks, VIA, ATI, AMD), ULi.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the models of SMBus hosts share: bytes of registers, and transfers that take their time.
 #include "sim/chips/SmbusHost.h"
 

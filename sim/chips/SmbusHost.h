@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the SMBus host controller models share: the bus with its devices, the time a transfer takes, what can go wrong,
 /// and other users. Each register family is a class of its own behind a Make function.
 #pragma once

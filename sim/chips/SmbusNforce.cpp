@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // nVidia nForce: protocol 0, status 1, address 2, command 3, data 4 and up, block count 0x24, abort 0x3c and 0x3e.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Chipsets by their PCI functions and the host that they carry, one row each.
 #include "sim/chips/SmbusPlatforms.h"
 

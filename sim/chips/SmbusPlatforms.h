@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Chipsets with an SMBus host: the PCI functions software knows them by, and the registers through which the host gets
 /// its ports.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Intel SCH: control 0, status 1, clock divider 2 and 3, address 4, command 5, data 6 and 7, block 0x20 and up.
 #include <algorithm>
 

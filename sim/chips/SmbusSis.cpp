@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // SiS 96x: status 0, busy 2, control 3, address 4, command 5, block count 7, data 8 and up.
 #include <algorithm>
 

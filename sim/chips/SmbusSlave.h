@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Devices on a simulated SMBus, and what a host controller is set up with.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What another user of an SMBus host does, step by step.
 #include "sim/chips/SmbusUser.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Another user of an SMBus host, as the kernel's driver is one.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A Super I/O chip: its key, its global registers and those of its logical devices.
 #include "sim/chips/SuperIo.h"
 

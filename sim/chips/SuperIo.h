@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A super I/O chip: an index/data pair that answers after an entry key, with registers 0x00 to 0x2F of the whole chip
 /// and 0x30 to 0xFF of the logical device that register 0x07 selects.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which tables were found, and which I/O chip serves a function.
 #include "api/Capability.h"
 

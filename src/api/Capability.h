@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Which I/O chip a board carries.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// How the codes in the last error are composed. The public header names the global ones, below 0x100, and the
 /// families.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fan configuration functions.
 #include <algorithm>
 #include <array>

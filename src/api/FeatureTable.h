@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The 43 feature state functions: one row each.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 43 feature state functions.
 #include <cstdint>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The boundary that keeps C++ exceptions from the callers of the C interface.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's life: start, tear-down, the last error.
 #include "api/Library.h"
 

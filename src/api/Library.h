@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The library-wide globals and what every exported function does with them.
 #pragma once
 

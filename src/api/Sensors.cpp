@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sensor readers and their names.
 #include <cstddef>
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finds the BIOS information record, which holds the model name.
 #include "api/TVyn.h"
 

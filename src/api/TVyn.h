@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The BIOS information record of the board, and the model name in it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Parts of names, found and taken out, and which fan a name means.
 #include "api/Text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Plain text searches of the capability queries and the fan configuration.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The walk over the entries of a list that features, the watchdog and the fans share.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The watchdog functions.
 #include <cstdint>
 

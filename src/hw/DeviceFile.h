@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Owners of an open device file and of a mapping of one.
 #pragma once
 

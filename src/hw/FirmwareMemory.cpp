@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Decides when the kernel's copies of the firmware's tables are needed, and puts them into the memory that is mapped.
 #include "hw/FirmwareMemory.h"
 

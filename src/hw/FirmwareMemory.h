@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Physical memory with the firmware's tables in it, on kernels that hide the real ones and on firmware that leaves no
 /// root pointer below 1 MiB.
 #pragma once

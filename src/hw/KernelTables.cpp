@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads the kernel's copies of ACPI tables, and the kernel's map of physical memory.
 #include "hw/KernelTables.h"
 

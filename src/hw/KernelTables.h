@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The copies of the firmware's ACPI tables that the kernel keeps in /sys, and room for them in the address space.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Physical memory: values, blocks, and the search for bytes.
 #include <algorithm>
 #include <cstddef>

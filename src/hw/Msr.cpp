@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Model-specific registers of the first processor, through the kernel's device file.
 #include <cstdint>
 

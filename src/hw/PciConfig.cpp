@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PCI configuration mechanism #1: the address goes to port 0xCF8, the data moves through 0xCFC + (register AND 3).
 #include <cstdint>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Where a PCI function sits, and how a caller packs that into 16 bits.
 #pragma once
 

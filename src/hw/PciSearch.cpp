@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finds PCI functions by identifier, class or capability.
 #include <array>
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 4096-byte configuration space of PCI Express functions, as whole dwords of the enhanced configuration area.
 #include <cstdint>
 

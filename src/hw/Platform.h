@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The few things the library asks of the machine. Exactly one implementation is linked: the real one
 /// (PlatformLinux.cpp) or the simulated board's (sim/SimPlatform.cpp).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The real machine: each function is the system call or the instruction it is named for, and what makes that hold on
 // every thread, through signals, and on kernels that hide the firmware's tables.
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ports, index/data pairs behind ports, and blocks of both.
 #include <cstddef>
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Width-generic access for the hw sources.
 #pragma once
 

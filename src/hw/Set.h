@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A set of the numbers from 0 to 255, as a map of bits.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The life of the hardware object, and the privilege that its operations need.
 #include "hw/TReadWrite.h"
 

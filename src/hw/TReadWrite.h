@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Every kind of hardware access that the library makes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The byte layout of access commands, as firmware writes them into the bodies of IADT records. One row per kind and
 /// form; the executor, the command walk, vyntable and the tests read it, and nobody else knows an offset.
 #pragma once

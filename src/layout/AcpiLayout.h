@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Published table layouts (ACPI 6, section 5.2, the ECDT in 5.2.15; the MCFG from PCI Firmware 3), as byte offsets
 /// from the first byte of a table. Numbers are little-endian.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The BIOS information record, which firmware leaves anywhere in the BIOS area.
 #pragma once
 

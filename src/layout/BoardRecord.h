@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The board information table (IAMT): its records, and which I/O chips the board information record names.
 #pragma once
 

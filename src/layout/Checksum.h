@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The byte sum that firmware structures bring to 0.
 #pragma once
 

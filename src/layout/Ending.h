@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Where the walk over an entry's commands cannot go on, and what becomes of the call there.
 #pragma once
 

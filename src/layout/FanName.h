@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// How a fan's entries are told by their names.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The I/O chips that the library knows by the identifier that the board information record and identifier entries
 /// give.
 #pragma once

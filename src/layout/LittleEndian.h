@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The one place that knows the byte order of firmware data and of multi-byte registers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The records of the function description table (IADT): one row per type, and per sub-type where these differ, with
 /// everything that is known of it. The library, the table builders, board files and vyntable read it, and nobody else
 /// knows an offset, a list or a length.

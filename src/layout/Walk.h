@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The walks over the two vendor tables and over the commands of an entry, and where each ends. The library files, runs
 /// and counts by them, and whoever checks or explains a table sees what the library sees.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The words of the script language, one row each with the limits of its operands.
 #include "script/Commands.h"
 

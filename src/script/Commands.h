@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The vocabulary of the script language.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs parsed scripts statement by statement.
 #include <string>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Operands as text: numbers, locals, and the normal form of a script.
 #include <algorithm>
 #include <charconv>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Parses the text of a script into blocks of statements.
 #include "script/Program.h"
 

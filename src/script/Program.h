@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A script's text, parsed once: a loop's body runs any number of rounds without looking at text again.
 /// Parsing fails nowhere. What cannot run becomes a statement or block that fails when its turn comes, so that
 /// everything before it has taken effect.

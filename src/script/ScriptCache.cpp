@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keeps what was parsed of the latest texts, a prefix with its value left open.
 #include "script/ScriptCache.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Scripts that are run again and again, parsed once.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The interpreter of the script language that drives SMBus controllers; docs/script-language.md tells the language.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Blocks and command-style transfers.
 #include "smbus/SMBusProtocol.h"
 #include "smbus/TSMBus.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What byte and word transfers differ in.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The controller records: scripts and numbers of each chipset.
 #include "smbus/SMBusRows.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The controller records as data. docs/smbus-controllers.md lists the chips behind each row; docs/add-a-chipset.md
 /// tells how to write one.
 #pragma once

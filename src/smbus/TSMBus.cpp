@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Detection, the transaction around every transfer, bytes and words.
 #include "smbus/TSMBus.h"
 

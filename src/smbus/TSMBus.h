@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Transfers on the SMBus by the scripts of the controller that the board has.
 #pragma once
 

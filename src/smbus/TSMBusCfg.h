@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// One controller record: its scripts, masks and values.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Makes controller records of the rows.
 #include "smbus/TSMBusConfig.h"
 

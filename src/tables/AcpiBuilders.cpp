@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What discovery takes from each kind of ACPI table.
 #include <algorithm>
 #include <cstdint>

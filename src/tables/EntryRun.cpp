@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The walk over the commands of an entry, and the single commands of a sensor.
 #include "tables/EntryRun.h"
 

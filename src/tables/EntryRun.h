@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Running the access commands of one list entry.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finds the root pointer and follows the ACPI tables from it.
 #include "tables/TAcpiBase.h"
 

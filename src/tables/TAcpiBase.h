@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Discovery of the ACPI tables in memory.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files the records of the function description table into its lists.
 #include "tables/TIADTable.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The function description table, filed: the lists, their entries, and the table of lists that the features read.
 #pragma once
 

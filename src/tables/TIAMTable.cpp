@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keeps the header and the board record of the board information table.
 #include "tables/TIAMTable.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The board information table, kept.
 #pragma once
 

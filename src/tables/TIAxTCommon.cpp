@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The executor: one runner per kind and form of access command, chosen by its opcode.
 #include "tables/TIAxTCommon.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The executor of access commands.
 #pragma once
 

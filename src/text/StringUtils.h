@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Helpers over the standard string: case, whitespace, tolerant numbers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The string's buffer: growing, copying, comparing, cutting.
 #include "text/VynString.h"
 

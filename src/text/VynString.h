@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The library's counted text: always NUL-terminated, zero-filled beyond the text, passed by value between subsystems.
 /// Positions are 1-based; comparisons order by length first.
 #pragma once

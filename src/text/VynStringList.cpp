@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists of strings, and texts taken apart into them.
 #include "text/VynStringList.h"
 

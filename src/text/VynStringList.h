@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Ordered list of texts, and the splitting of a text into one.
 #pragma once
 

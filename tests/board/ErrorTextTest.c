@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A C99 program: vynlib/error_text.h is C, complete on its own, and has the words of docs/error-codes.md. */
 #include "vynlib/error_text.h"
 

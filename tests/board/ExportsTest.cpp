@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the shared libraries export: the 66 functions of the interface, and nothing else.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

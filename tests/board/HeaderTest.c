@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A C99 program over the simulated library: the public header needs nothing before it and is C. */
 #include "vynlib/vynlib.h"
 

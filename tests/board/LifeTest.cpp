@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An application's day on one board, through the public header alone: super I/O features, sensors, watchdog and fans.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The production library over a trapped machine: real port instructions, mappings and sleeps, and nothing left behind.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

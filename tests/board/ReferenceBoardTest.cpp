@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reference board through the simulated library: every function that the header declares has something to do.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

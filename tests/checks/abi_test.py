@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Holds the binary interface of the public header to the one that was released, as abidiff compares them.
 
     abi_test.py --write     stores the header's interface as that of a release

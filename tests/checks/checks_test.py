@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Tests of the checks: each must find what it is there for."""
 import importlib.machinery
 import importlib.util
@@ -10,6 +11,7 @@ import unittest
 import exports
 import hardening
 import includes
+import licence
 import seam
 
 
@@ -123,6 +125,27 @@ class Hardening(unittest.TestCase):
                                   ({"__GNUC__": "4", "__clang__": "1"}, "3")):
             for level in "23":
                 self.assertEqual(level == highest, hardening.fortified(compiler | {"__USE_FORTIFY_LEVEL": level}))
+
+
+class Licence(unittest.TestCase):
+    line = "SPDX-License-Identifier: MIT"
+
+    def offence(self, name, text):
+        return licence.offence(pathlib.Path(name), text)
+
+    def test_finds_a_source_without_its_line(self):
+        for name, text in (("a.cpp", "// What it holds.\n"), ("a.h", "\n// " + self.line + "\n"), ("a.py", "import sys\n"),
+                           ("CMakeLists.txt", "add_library(a)\n"), ("a", "#!/bin/sh\ntrue\n"), ("a.c", "")):
+            self.assertRegex(self.offence(name, text), "must begin with", name)
+
+    def test_finds_a_source_that_does_not_say_what_it_holds(self):
+        self.assertRegex(self.offence("a.cpp", f"// {self.line}\n#include <a>\n"), "what it holds")
+
+    def test_takes_the_line_of_each_language(self):
+        for name, text in (("a.cpp", f"// {self.line}\n// What it holds.\n"), ("a.py", f"# {self.line}\n"),
+                           ("a.h", f"/* {self.line} */\n/*\n * What it holds.\n */\n"), ("a", f"#!/bin/sh\n# {self.line}\n"),
+                           ("a.toml", "a = 1\n"), ("a.md", "# A\n")):
+            self.assertIsNone(self.offence(name, text), name)
 
 
 class RunTests(unittest.TestCase):

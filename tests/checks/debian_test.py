@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The recipe of the Debian packages against what the build installs and the libraries export."""
 import os
 import pathlib

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The page of codes, the header and the Python module say the same, and scripts/error-text finds out when they do not."""
 import pathlib
 import re

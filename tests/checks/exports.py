@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Checks that each shared library exports exactly the functions that the public header declares.
 
 usage: exports.py HEADER LIBRARY...

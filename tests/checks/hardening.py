@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Checks what the ELF files of the shared libraries tell of their hardening, and what their compiler knows of it alone.
 
 usage: hardening.py SOURCE_FOLDER BUILD_FOLDER PRODUCTION_LIBRARY SIMULATED_LIBRARY

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Checks that an include never points up, and that headers which are slow to compile are seen by one source each.
 
 usage: includes.py PROJECT_ROOT

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The man pages as man and mandoc read them: found by name, without a warning, and with what the tools and docs/ say."""
 import os
 import pathlib

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The Debian packages: built twice with the same bytes, clean by lintian, and installed, tried and purged in a fresh Debian."""
 import os
 import pathlib

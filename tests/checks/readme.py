@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Compiles the C programs of README.md as a reader would paste them, and runs them on the reference board: from the build
 folder, and after the lines of the section on installing.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Builds the production library twice, from two copies of the sources in folders of their own, and compares the bytes.
 
 usage: reproducible.py SOURCE_FOLDER BUILD_FOLDER

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The bill of materials of a release, held to what SPDX 2.3 requires and to the files that it speaks of."""
 import hashlib
 import json

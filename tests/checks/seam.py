@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Checks that the sources below the seam are the only ones of the library that call the system, and that nothing reads
 the environment.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The installed units, and what gives their user access, as systemd's own tools read them."""
 import os
 import pathlib

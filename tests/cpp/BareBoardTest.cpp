@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vynlib/vynlib.hpp on a board whose firmware says nothing.
 #include "Reference.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vynlib/vynlib.hpp over the simulated library: what a board offers, read and set through its objects.
 #include <thread>
 

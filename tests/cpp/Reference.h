@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A board over the simulated library, on the reference board. It is the same one for a whole program, so tests put
 /// back what they set, or set what they rely on.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vynlib/result.hpp: a value or an error.
 #include "vynlib/result.hpp"
 

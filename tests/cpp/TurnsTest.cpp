@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How a board takes turns with other programs, and what it does about signals meanwhile.
 #include <signal.h>
 #include <sys/stat.h>

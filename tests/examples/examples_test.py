@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The programs of docs/application-guide.md: compiled as the guide says, and run on boards that offer everything, half of it,
 and nothing."""
 import os

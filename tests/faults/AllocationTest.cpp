@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every heap allocation of a scenario fails in turn. Nothing may leave the C interface, the call ends with code 1, what
 // was begun on the hardware is ended, and everything works once there is memory again.
 #include <gtest/gtest.h>

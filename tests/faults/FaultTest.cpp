@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every platform call of a scenario fails in turn, alone or with all that follow, and answers all ones or zeros. The
 // library must leave a documented code, hold nothing open, and work again once the machine does.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tables, registers and controller of the small board.
 #include "tests/faults/SmallBoard.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A board whose initialisation is short: BIOS record and root pointer at the beginning of their search, few tables,
 /// and an SMBus controller that detection finds early. It offers:
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs cases of the model against the library: one JSON case per line in, one JSON outcome per line out.
 //
 // A case holds a machine, calls to make after starting the library, and calls to make after stopping it. The outcome

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Compares the library with the model.
 
 usage: compare.py --driver PROGRAM [--seed N] [--cases N | --seconds N] [--keep FOLDER]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Running one access command: decoding, the access itself, the masks, the comparison."""
 
 U32 = 0xFFFFFFFF

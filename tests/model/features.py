@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The feature state functions: selectors, lists, the walk over entries, codes."""
 from executor import DELAY, FIELDS, MEMORY, MSR, PCI, PORT, SMBUS, U32, Command
 from firmware import RECORD_HEADER

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Firmware bytes: laying tables out in memory, and filing function description records into lists."""
 
 HEADER = 36

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Random cases: a machine, function description tables, and calls.
 
 A case is plain data that JSON can hold:

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A board of plain registers: what the simulated machine does, told a second time, with a log of every access.
 
 A log entry is [kind, address, width, value, text], in the terms of the simulated board.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Tests of the model itself, on bytes worked out by hand."""
 import unittest
 

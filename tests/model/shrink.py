@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Makes a failing case small: takes parts away as long as it still fails."""
 import copy
 

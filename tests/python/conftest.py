@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the tests of the Python package share. They run in the project's folder, as programs do that name its boards."""
 import os
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Boards, sensors, features and fans over the simulated library."""
 import gc
 import os

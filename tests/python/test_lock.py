@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Turns with other programs, by the lock of include/vynlib/lock.h."""
 import os
 import signal

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The package agrees with the rest of the project."""
 import json
 import re

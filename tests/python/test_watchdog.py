@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The watchdog, and the thread that feeds it."""
 import threading
 

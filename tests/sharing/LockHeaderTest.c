@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A C99 program with the lock alone: the header needs nothing before it and is C. */
 #include "vynlib/lock.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lock among threads, among processes, and before files that must not be trusted.
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // fork, pipes and reaping.
 #include "Process.h"
 

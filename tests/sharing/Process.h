@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A child process of a test.
 #pragma once
 

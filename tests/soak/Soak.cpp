@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Starts, uses and stops the library many times, then makes many feature calls in one go, over the simulated board.
 // Memory and descriptors must stay what they were once everything had been touched.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A port that gives prepared answers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A simulated board that is the current one for as long as it lives.
 #pragma once
 

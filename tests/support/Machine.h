@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The simulated machine of a test: its board is current, and no object of the library is older or outlives it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What an action prints on standard output.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shared library itself, by its exported functions, over a trapped machine.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fortified headers define some of the functions that stand below.
 #undef _FORTIFY_SOURCE
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A machine in place of the real one for the production platform: no hardware, no privilege, no simulated platform.
 ///
 /// Linking `trapped_machine` puts definitions of iopl, open, fopen, close, mmap, munmap, pread, sysconf, system and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trapped machine itself: widths, devices, memory, logs.
 #include "tests/support/TrappedMachine.h"
 

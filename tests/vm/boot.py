@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Boots one virtual machine whose only process is a program, and keeps what it said.
 
 The exit status is the program's. With --results the program is a GoogleTest one, and the verdict on each of its tests goes

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The kinds of firmware that a virtual machine can have: one row each, and how each gets the board's tables."""
 import dataclasses
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The guest's initial file system: BusyBox, kernel modules, the programs under test and what they link with."""
 import pathlib
 import re

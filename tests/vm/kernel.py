@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Unpacks what a boot needs of one of Debian's stock kernels into a cache directory, without installing it.
 
 usage: kernel.py CACHE_DIR META_PACKAGE        prints the path of the kernel image

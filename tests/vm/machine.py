@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A QEMU machine of the tests: its command line, its console, and the line by which the guest asks the host."""
 import json
 import pathlib

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The command lines of the tools as data: what may be typed, and where it goes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Turns the described command lines into a parser and runs it: the only source that knows the parser.
 #include <CLI/CLI.hpp>
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Follows an unfinished command line through the described commands up to its last word.
 #include "commandline/Place.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What may be typed next on a described command line: what completion in shells rests on.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing that fails is reported, never thrown.
 #include "commandline/Streams.h"
 

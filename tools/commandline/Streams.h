@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The standard streams, where they may be closed, full or read by nobody.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Escapes, and the nearest of several words.
 #include "commandline/Words.h"
 

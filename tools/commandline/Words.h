@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Words that were typed, or that firmware holds, as they stand in messages.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines are broken where blanks are, never inside a word.
 #include "commandline/Wrap.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Text on terminals that are narrower than its lines.
 #pragma once
 

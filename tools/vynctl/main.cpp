@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vynctl: operates a board from the shell.
 #include <fmt/core.h>
 #include <unistd.h>

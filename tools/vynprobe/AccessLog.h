@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the library did to the machine. Each of the two programs links its own implementation.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated machine keeps a log of its own.
 #include <cstdio>
 #include <memory>

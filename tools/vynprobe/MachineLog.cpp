@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The platform of the real machine's program: notes each access and hands it to the machine. PlatformLinux.cpp is built
 // once more under the namespace `machine` for it.
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs one script or one SMBus transaction and prints every access it made.
 #include <algorithm>
 #include <cstdio>

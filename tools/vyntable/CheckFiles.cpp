@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // 'vyntable check': the findings of every table that is named, a line each or for programs.
 #include <fmt/core.h>
 

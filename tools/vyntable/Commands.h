@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The subcommands: each says how its arguments look and what to run.
 #pragma once
 

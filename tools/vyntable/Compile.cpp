@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // 'vyntable compile': the tables of a board file, into a folder or one of them into a file.
 #include <algorithm>
 #include <filesystem>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // decompile: tables become text that compiles to them.
 #include <algorithm>
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // 'vyntable diff': two firmwares by feature, instance and state, in words.
 #include <algorithm>
 #include <map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // explain: the bytes of tables with words beside them.
 #include <unistd.h>
 

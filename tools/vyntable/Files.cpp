@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which file holds what is told by its content; only a board file is known by its name.
 #include "vyntable/Files.h"
 

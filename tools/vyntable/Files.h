@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The files that vyntable reads and writes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exceptions are matched by rule and place.
 #include "vyntable/Judgement.h"
 

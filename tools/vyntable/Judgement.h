@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Findings of one run: which count, and which the user has allowed.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// How the kinds of tables are told apart, and what their files are called.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // New files are written beside the old ones, then renamed; what was renamed before a failure is renamed back.
 #include "vyntable/Outputs.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Files that come to a folder all together or not at all.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The only source of the tool that knows the JSON library.
 #include "vyntable/Reports.h"
 

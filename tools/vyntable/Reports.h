@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Findings for programs.
 #pragma once
 

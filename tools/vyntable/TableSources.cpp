@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dumps are read line by line, images byte by byte.
 #include "vyntable/TableSources.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Tables inside other files: the text of a dump, and firmware images.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // 'vyntable test': what a board's tables do on its simulated machine.
 #include <unistd.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One list of tries, made from the table; each calls the library as an application would.
 #include "vyntable/Trial.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A board's tables on its simulated machine: every state set and read back, every sensor read.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vyntable: the two firmware tables and the BIOS information record, as text and as bytes.
 #include <cstdio>
 #include <map>

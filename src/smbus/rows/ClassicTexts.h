@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Texts for the registers 0 status, 2 control, 3 command, 4 address, 5 and 6 data, 7 block window, which Intel's ICH,
 /// the PIIX4 and its descendants, and ULi have.
 #pragma once

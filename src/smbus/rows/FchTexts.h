@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// ATI's and AMD's southbridges: PIIX4 registers, and from SB800 on a bus that an embedded controller and four ports
 /// share.
 ///

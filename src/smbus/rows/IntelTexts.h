@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Intel hosts at 0:1f.0 to 0:1f.4: ICH and all that followed.
 #pragma once
 

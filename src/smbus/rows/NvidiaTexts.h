@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// nVidia: registers 0 protocol, 1 status, 2 address, 3 command, 4 and up data, 0x24 block count, 0x3c and 0x3e abort.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the script texts of several records are made of.
 ///
 /// The rules that all records but "Intel ICHx" keep: nothing is written to a host before it is known to be free and,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The PIIX4 way outside AMD's chips: VIA and ServerWorks.
 #pragma once
 

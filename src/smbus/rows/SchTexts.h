@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Intel SCH: registers 0 control, 1 status, 2 clock, 4 address, 5 command, 6 and 7 data, 0x20 block.
 #pragma once
 

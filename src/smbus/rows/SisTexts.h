@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// SiS: registers 0 status, 2 busy, 3 control, 4 address, 5 command, 7 block count, 8 and up data.
 #pragma once
 

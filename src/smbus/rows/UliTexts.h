@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// ULi: the classic registers, protocols in control bits 3 to 5, a start for every byte of a block.
 #pragma once
 

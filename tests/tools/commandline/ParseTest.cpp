@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What described command lines accept, and what they say of the rest.
 #include <gtest/gtest.h>
 

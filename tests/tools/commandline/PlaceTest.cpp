@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What may be typed next at each place of a command line.
 #include <gtest/gtest.h>
 

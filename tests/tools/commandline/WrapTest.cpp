@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines on narrow terminals.
 #include "commandline/Wrap.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A library that offers nothing: it starts, unless STUB_FAILS is set, has found both tables, and prints what matters
 // of its environment. Where the file "feedings" lies in the working folder, it has a watchdog: each character is the
 // fate of one feeding, the last one that of all further ones ('1' done, '0' failed, 's' done after half a second), and

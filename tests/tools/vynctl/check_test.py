@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """check: the exit status, the line and the performance data of a monitoring plugin."""
 import re
 import shlex

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Completion in the real shells: keys go to an interactive shell, and what it then runs is told by a stand-in for vynctl."""
 import json
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """doctor: on the machine that runs the tests, whatever it is. What it says of machines is tested over folders."""
 import pathlib
 import re

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """info, report, features, get and set."""
 import os
 import subprocess

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """watchdog feed --every: what keeps it feeding, what ends it, and what it says to the service manager."""
 import array
 import fcntl

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """What cmake --install puts in place works from there, and each Debian-like component holds its part."""
 import os
 import pathlib

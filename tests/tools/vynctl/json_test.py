@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """--json of every subcommand, is valid after docs/vynctl.schema.json."""
 import unittest
 

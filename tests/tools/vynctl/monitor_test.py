@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """monitor on a terminal: views, keys, window size, and a clean end."""
 import fcntl
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Start, usage, colours and what the library prints."""
 import fcntl
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """sensors, metrics and the sensors of hostile and large boards."""
 import os
 import pathlib

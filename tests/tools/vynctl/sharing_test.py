@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Taking turns at the hardware, and signals around library calls."""
 import contextlib
 import fcntl

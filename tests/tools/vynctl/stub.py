@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """vynctl over the library that stands in for the production one, with a watchdog that the test decides about."""
 import subprocess
 import time

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs the built vynctl over board files and validates what it prints."""
 import json
 import os

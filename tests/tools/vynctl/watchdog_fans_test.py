@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """watchdog, fans, fan and chip."""
 import subprocess
 import unittest

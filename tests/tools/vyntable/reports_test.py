@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The findings of `vyntable check` for programs: --json and --sarif.
 
 VYNTABLE names the program.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A simulated board with firmware tables, and the library started on it.
 #pragma once
 

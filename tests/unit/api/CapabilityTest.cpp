@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // I/O chips by kind and name, and whether both tables were found.
 #include "api/Capability.h"
 

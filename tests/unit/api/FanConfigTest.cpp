@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names, modes and settings of the fans.
 #include <cstdio>
 #include <cstring>

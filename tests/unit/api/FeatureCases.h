@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The 43 feature state functions, written out: how to call each, and what it must answer.
 #pragma once
 

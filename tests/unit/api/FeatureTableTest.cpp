@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rows of the feature functions against the public header's order.
 #include "api/FeatureTable.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every feature state function, code by code.
 #include "tests/unit/api/ApiBoard.h"
 #include "tests/unit/api/FeatureCases.h"

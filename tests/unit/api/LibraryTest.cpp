@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Start, tear-down and the last error.
 #include "api/Library.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an application must not do: a null text counts as empty, a null result as not wanted.
 #include "tests/unit/api/ApiBoard.h"
 

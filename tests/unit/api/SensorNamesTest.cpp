@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The four functions that list sensor names.
 #include <cstring>
 #include <memory>

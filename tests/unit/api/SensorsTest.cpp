@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The four readers: formulas, codes, the search by name.
 #include <cmath>
 #include <functional>

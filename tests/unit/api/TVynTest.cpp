@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The search for the BIOS information record.
 #include "api/TVyn.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Parts of texts, found and taken out.
 #include "api/Text.h"
 

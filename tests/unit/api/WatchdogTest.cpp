@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Enabling, feeding, reading and disabling the watchdog.
 #include <functional>
 

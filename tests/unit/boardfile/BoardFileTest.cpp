@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Board files from text: what each section becomes, and what is complained about.
 #include "boardfile/BoardFile.h"
 

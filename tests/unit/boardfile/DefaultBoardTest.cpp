@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The board that the simulated library takes from the environment.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tables as text, and back.
 #include "boardfile/FirmwareText.h"
 

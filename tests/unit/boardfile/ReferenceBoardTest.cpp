@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the reference board holds, so that other tests may count on it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

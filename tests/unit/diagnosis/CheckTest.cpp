@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every finding, by its offset, on tables that hold its cause.
 #include "diagnosis/Check.h"
 

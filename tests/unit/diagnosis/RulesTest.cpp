@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every rule with a mistake that breaks it, and with what would be right in its place.
 #include "diagnosis/Rules.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is said of states, against trying every value of the bits.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

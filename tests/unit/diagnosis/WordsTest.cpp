@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records and commands in words.
 #include "diagnosis/Words.h"
 

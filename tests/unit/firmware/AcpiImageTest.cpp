@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Root pointer and tables, and where they lie.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

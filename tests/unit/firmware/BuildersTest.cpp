@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Commands, records, tables and the BIOS information record as bytes.
 #include "firmware/BiosInfo.h"
 #include "firmware/IadtBuilder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The two ways to name a PCI function, by three numbers and by one word, compared operation by operation.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Discovery over machines that hide the firmware's tables: what it is served, from where, and when nothing is.
 #include "hw/FirmwareMemory.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A simulated machine with the object under test on it, and readable expectations about both.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The search for bytes in physical memory.
 #include <string>
 #include <vector>

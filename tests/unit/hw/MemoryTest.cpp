@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values, blocks and pages of physical memory, access by access.
 #include "hw/TReadWrite.h"
 

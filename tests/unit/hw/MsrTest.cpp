@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Model-specific registers through the device file.
 #include "tests/unit/hw/Hardware.h"
 

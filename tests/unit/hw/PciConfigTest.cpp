@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Configuration space through the ports, access by access.
 #include "hw/TReadWrite.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The search for PCI functions.
 #include "hw/TReadWrite.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Extended configuration space through memory, access by access.
 #include "hw/TReadWrite.h"
 

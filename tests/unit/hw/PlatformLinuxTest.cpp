@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The production platform, alone and below the hardware class: the calls and instructions that reach the machine.
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ports and index/data pairs, access by access.
 #include "hw/TReadWrite.h"
 

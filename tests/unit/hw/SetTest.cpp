@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Members and layout of the set.
 #include "hw/Set.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Life, layout and privilege of the hardware object.
 #include "hw/TReadWrite.h"
 

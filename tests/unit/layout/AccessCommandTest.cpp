@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every row of the command layouts against what all of them must hold.
 #include "layout/AccessCommand.h"
 

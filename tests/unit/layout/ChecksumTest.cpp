@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The byte sum of firmware structures.
 #include "layout/Checksum.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of I/O chips.
 #include "layout/IoChips.h"
 

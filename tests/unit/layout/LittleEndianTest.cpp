@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers of any size from bytes at any address.
 #include "layout/LittleEndian.h"
 

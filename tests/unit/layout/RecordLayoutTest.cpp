@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rows of the record types: what must hold of each, and that every list is somebody's.
 #include "layout/RecordLayout.h"
 

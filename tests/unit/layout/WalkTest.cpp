@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The walks over tables and commands, and where each ends.
 #include "layout/Walk.h"
 

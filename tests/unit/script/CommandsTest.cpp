@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every word of the script language: operands, limits, accesses, results.
 #include "script/Commands.h"
 

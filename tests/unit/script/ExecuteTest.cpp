@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Statements, blocks and loops, run.
 #include "tests/unit/script/Machine.h"
 

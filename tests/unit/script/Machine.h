@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A simulated machine with an interpreter on it.
 #pragma once
 

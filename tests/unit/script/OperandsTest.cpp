@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Operands and the normal form of a script.
 #include <algorithm>
 #include <initializer_list>

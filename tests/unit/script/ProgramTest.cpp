@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scripts as blocks of statements, long ones included.
 #include "script/Program.h"
 

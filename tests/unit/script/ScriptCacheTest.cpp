@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the cache keeps, and prefixes with their values.
 #include "script/ScriptCache.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Physical memory and device files of the simulated machine.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ports, devices behind them and PCI functions of the simulated machine.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

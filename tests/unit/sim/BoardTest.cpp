@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Privilege, clock, log and faults of the simulated machine.
 #include "sim/Board.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The chips that live in a file of registers.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

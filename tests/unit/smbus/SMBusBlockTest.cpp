@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Blocks and command-style transfers of TSMBus.
 #include "SMBusBoard.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the SMBus tests share: their machine, and a controller record whose scripts leave marks on it.
 #pragma once
 

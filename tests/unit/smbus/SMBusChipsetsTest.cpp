@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What single records do on their chips beyond what all have in common.
 #include <string>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every record on the chips it is for: detection, transfers, restoring.
 #include <algorithm>
 #include <set>

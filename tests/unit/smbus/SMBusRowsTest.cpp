@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rows of the controller records against what all of them must hold.
 #include "smbus/SMBusRows.h"
 

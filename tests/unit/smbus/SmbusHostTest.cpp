@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated hosts by themselves, register by register.
 #include "sim/chips/SmbusHost.h"
 

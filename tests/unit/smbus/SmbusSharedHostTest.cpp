@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated hosts in a world where accesses and transfers take time and others use the bus.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The list of controller records and the texts in them.
 #include "smbus/TSMBusConfig.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Detection and byte and word transfers, script by script.
 #include "smbus/TSMBus.h"
 

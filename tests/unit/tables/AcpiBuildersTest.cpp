@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What each builder takes from its table, and the search for SSDTs.
 #include "firmware/AcpiImage.h"
 #include "firmware/AcpiTable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Running the commands of entries and of sensor records.
 #include "tables/EntryRun.h"
 

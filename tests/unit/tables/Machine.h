@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Firmware bytes written out by hand, and a machine with the executor on it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Discovery: the root pointer, the tables behind it, what is passed over.
 #include "tables/TAcpiBase.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists and nodes of the function description table.
 #include "tables/TIADTable.h"
 

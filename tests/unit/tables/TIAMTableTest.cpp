@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is kept of the board information table.
 #include "tables/TIAMTable.h"
 

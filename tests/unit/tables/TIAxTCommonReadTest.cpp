@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // IAxTRead by kind, and what it does with the value.
 #include "tables/TIAxTCommon.h"
 #include "tests/unit/tables/Machine.h"

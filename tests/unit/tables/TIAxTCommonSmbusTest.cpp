@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The SMBus kind, over a controller of five ports: status, slave address, command, data (low and high) and start.
 #include "smbus/TSMBus.h"
 #include "tables/TIAxTCommon.h"

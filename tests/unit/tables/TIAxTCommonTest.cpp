@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The executor: life, helpers, and every kind swept by width, direction and control.
 #include "tables/TIAxTCommon.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // IAxTWrite by kind, with and without an argument.
 #include "tables/TIAxTCommon.h"
 #include "tests/unit/tables/Machine.h"

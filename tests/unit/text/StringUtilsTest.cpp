@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Case, blanks at the ends, and tolerant numbers.
 #include "text/StringUtils.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The list of strings, operation by operation.
 #include "text/VynStringList.h"
 

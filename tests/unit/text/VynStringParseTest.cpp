@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strings as numbers, and numbers as strings.
 #include <climits>
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The string, operation by operation.
 #include "text/VynString.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tool as it is run: outputs and exit statuses.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library on a machine whose firmware carries none of the tables.
 #include <gtest/gtest.h>
 #include <vynlib/vynlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Brings the library up once for a whole test program and takes it down at the end.
 #pragma once
 

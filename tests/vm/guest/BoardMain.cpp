@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the tests of the guest on a board with tables.
 #include "BoardEnvironment.h"
 

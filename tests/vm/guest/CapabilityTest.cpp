@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which chip serves a function: identifiers read from real registers and looked up in the firmware's board record.
 #include "BoardEnvironment.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A process of its own for a part of a test: it may change its user, and end by a signal.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's own classes over the real platform: what the C interface does not show.
 #include <gtest/gtest.h>
 

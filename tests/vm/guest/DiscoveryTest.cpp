@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Start-up over the firmware's real tables: root pointer, RSDT, IADT, IAMT and the BIOS information record.
 #include "BoardEnvironment.h"
 

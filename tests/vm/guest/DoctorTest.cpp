@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What vynctl doctor finds on a machine with a board, whatever the firmware.
 #include <nlohmann/json.hpp>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The kernel's own driver beside the library in one boot: the same bytes by both, the controller free for the driver
 // whenever the library does not use it, and what a read costs either way.
 #include <gtest/gtest.h>

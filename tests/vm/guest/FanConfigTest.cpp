@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fan configuration in NVRAM registers: the mode in one, its parameters in the next two.
 #include "BoardEnvironment.h"
 

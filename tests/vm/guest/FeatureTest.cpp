@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Feature states over the machine's real registers, one access kind after another. The tests look at the same registers
 // by ways of their own, and at memory through the host.
 #include "BoardEnvironment.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vynctl as the feeder of the machine's watchdog, whose expiries the host counts. The interval 14 is 2 s on this
 // machine, which the tool takes for 14 s.
 #include <gmock/gmock.h>

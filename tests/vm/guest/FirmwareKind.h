@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The kind of the machine's firmware, as the boot names it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The machine is the one that its boot names: where firmware of this kind keeps the tables, and whether the kernel lets
 // /dev/mem reach them. Looks by itself, without the library.
 #include <fcntl.h>

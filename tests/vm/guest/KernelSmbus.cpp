@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The kernel's SMBus devices, beside the library.
 #include "KernelSmbus.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The SMBus controller as the kernel offers it: by its own driver through i2c-dev, and by i2cget on top of that.
 #pragma once
 

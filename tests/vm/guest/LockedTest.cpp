@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A kernel that is locked down, as it is under Secure Boot: even root gets neither ports nor physical memory.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The machine's registers by ways of the test's own.
 #include "Machine.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The virtual machine as the tests see it beside the library: the same registers by other ways, and the host's
 /// answers.
 #pragma once

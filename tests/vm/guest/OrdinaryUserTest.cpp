@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an ordinary user needs to drive the board: a capability, and a group that opens the devices and the kernel's
 // copies of the tables, as the files of packaging/access give them. The memory of the tables is hidden here.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One state of the whole board, and the text of it. Every boot of the board holds this text, so that the report depends
 // on the tables and the registers alone, whatever the firmware.
 #include "BoardEnvironment.h"

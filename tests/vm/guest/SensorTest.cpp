@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sensors whose registers are SMBus EEPROM bytes and NVRAM bytes; the tests put the raw values there themselves.
 #include "BoardEnvironment.h"
 

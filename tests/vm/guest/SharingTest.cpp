@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two users of the hardware at once, with and without the lock, and programs that are ended in the middle of a call.
 // Figures are printed; what is judged is that none is wrong with the lock.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // SMBus commands through the real ICH9 host controller and the EEPROMs behind it.
 #include "BoardEnvironment.h"
 

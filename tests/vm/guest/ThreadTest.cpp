@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which threads of a process reach the ports, and when: the kernel gives that privilege to threads, and a thread
 // without it that touches a port ends the process with a signal. So each test is a process of its own. Calls do not
 // overlap.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// vynctl, running beside a test.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vynctl over the production library, as an administrator runs it.
 #include <nlohmann/json.hpp>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The machine's watchdog: port 0x443 starts it, port 0x441 stops it, and the host counts its expiries. The written byte
 // selects the time: 30 s less two per count, so that 0x0E is 2 s and 0x0D 4 s.
 #include "BoardEnvironment.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes from the kernel's copy or the compiled board description; what was found, by asking the library for anything
 // that a table makes it offer, and the doctor for what the machine shows.
 #include "board/BoardTables.h"

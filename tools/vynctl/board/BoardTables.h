@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The two firmware tables of the board at hand: their bytes, which of them the library has found, and where they were
 /// looked for.
 #pragma once

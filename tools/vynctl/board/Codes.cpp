@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Words for families and sub-codes, one row each.
 #include "board/Codes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The library's codes in words: one table for the whole tool.
 #pragma once
 

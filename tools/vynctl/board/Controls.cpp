@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fans by their configuration blocks, and the watchdog as the hardware has it.
 #include "board/Controls.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the board does by itself once told: its watchdog, and the fans with their modes and settings.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Features by the functions of their rows, and their values as the records of the firmware tell them.
 #include "board/Features.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The board's feature states: one table that reading, setting, listing and reporting share, and the values that its
 /// firmware lists for them.
 #pragma once

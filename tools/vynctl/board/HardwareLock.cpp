@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Waiting for the hardware in short steps, between which signals act.
 #include "board/HardwareLock.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Keeps programs from touching the hardware at once, and signals from ending one of them halfway.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading the library with an environment that cannot lead it astray, and asking it for names.
 #include "board/Library.h"
 

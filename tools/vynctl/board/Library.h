@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The VynLib library, loaded at run time: the real one or the simulated one, initialised for as long as this exists.
 /// Programs that use the real one take turns.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading sensors, and telling which are read through a processor register or the SMBus, and what that says of them.
 #include "board/Sensors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The board's sensors, by name, and what casts doubt on their readings.
 #pragma once
 

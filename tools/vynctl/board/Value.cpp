@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // States, and the failures and readings that values are made of.
 #include "board/Value.h"
 

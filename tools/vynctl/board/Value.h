@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// One thing the tool reports: what it is, its value, and how sure that is.
 #pragma once
 

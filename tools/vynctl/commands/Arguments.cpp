@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Arguments in words become what they name, or a complaint with the nearest name.
 #include "commands/Arguments.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What subcommands make of their arguments: features, bytes, sensors, and limits in the range notation of monitoring
 /// plugins.
 #pragma once

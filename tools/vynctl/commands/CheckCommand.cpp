@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // check: judges the sensors by limits, in one line for a monitoring system.
 #include <fmt/core.h>
 

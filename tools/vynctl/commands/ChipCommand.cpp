@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // chip: which I/O chip serves a function, and what in the tables names chips.
 #include <fmt/format.h>
 #include <fmt/ranges.h>

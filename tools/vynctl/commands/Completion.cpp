@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The board's names and numbers come out of its function description table, so that a key touches no hardware, waits
 // for nobody and needs no library.
 #include "commands/Completion.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What shells offer behind 'vynctl': the words of its own grammar, and the names and numbers of the board at hand.
 #pragma once
 

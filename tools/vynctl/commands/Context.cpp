@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents as JSON or text, and the looks of text where it goes.
 #include "commands/Context.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What a subcommand says of itself, what it works with, and how it hands over its result.
 #pragma once
 

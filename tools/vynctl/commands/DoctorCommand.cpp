@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // doctor: looks at the machine without the library, and packs what support needs.
 #include <fmt/core.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // fan: shows one fan or sets its mode.
 #include <fmt/core.h>
 

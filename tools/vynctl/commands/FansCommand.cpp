@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // fans: the fans that can be controlled, as a table.
 #include <fmt/core.h>
 

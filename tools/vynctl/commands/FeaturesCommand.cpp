@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // features: every feature state that the board offers, with the values that it takes.
 #include <fmt/format.h>
 #include <fmt/ranges.h>

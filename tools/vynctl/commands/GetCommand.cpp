@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // get: reads one feature state, or those of all its instances.
 #include <fmt/core.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // info: the model, where the firmware tables were found, and what the board supports.
 #include <fmt/format.h>
 #include <fmt/ranges.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // metrics: the sensors for Prometheus, on standard output or in a file.
 #include <fmt/core.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // monitor: the sensors, live on a screen or as a stream of JSON.
 #include <fmt/chrono.h>
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // report: everything that the board offers, on one screen.
 #include <fmt/core.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // sensors: the readings of all or of chosen sensors, by quantity.
 #include <fmt/core.h>
 

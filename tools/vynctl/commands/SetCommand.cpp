@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // set: changes one feature state and reads it back.
 #include <fmt/core.h>
 

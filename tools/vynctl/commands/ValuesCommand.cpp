@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // values: what a feature can be set to, without touching the hardware.
 #include <fmt/format.h>
 #include <fmt/ranges.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // watchdog: shows, starts, feeds and stops the watchdog.
 #include <fmt/core.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Collects the findings, the tables, the kernel's version and what the kernel's log says about ACPI.
 #include "doctor/Bundle.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What support needs to help from afar, in one archive.
 #pragma once
 

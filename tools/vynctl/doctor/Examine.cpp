@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Puts the parts of the examination together and writes them as text.
 #include "doctor/Examine.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The whole examination, in the order in which it is told.
 #pragma once
 

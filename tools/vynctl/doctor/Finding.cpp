@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The verdicts in words, and the system's error numbers.
 #include "doctor/Finding.h"
 

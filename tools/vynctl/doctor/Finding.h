@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the doctor has to say about one thing that it looked at.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading the machine's files and trying its system calls.
 #include "doctor/Machine.h"
 

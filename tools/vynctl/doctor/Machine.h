@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The machine that the doctor looks at: its files, and the few system calls that no file stands for.
 #pragma once
 

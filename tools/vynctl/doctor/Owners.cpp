@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Compares what the table touches with /proc/ioports and /proc/iomem.
 #include "doctor/Owners.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The kernel's drivers that claim what the board's own table touches.
 #pragma once
 

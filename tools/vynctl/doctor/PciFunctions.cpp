@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads /sys/bus/pci/devices.
 #include "doctor/PciFunctions.h"
 

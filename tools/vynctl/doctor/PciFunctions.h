@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The machine's PCI functions, as the kernel lists them: no configuration space is read.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Maps one page at a time, as the library does.
 #include "doctor/PhysicalMemory.h"
 

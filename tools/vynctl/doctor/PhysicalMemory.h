@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Physical memory through /dev/mem, for reading, page by page: only what is asked for is mapped.
 #pragma once
 

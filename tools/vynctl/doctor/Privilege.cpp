@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looks at /proc/self/status, the lockdown file and the firmware's Secure Boot variable, and tries iopl(3).
 #include "doctor/Privilege.h"
 

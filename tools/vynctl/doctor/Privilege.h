@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the kernel and the firmware let this process do: user, capability, privilege level, filters, lockdown.
 #pragma once
 

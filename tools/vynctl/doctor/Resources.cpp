@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads "  0290-0297 : it87": two spaces per level, both ends in hexadecimal.
 #include "doctor/Resources.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The kernel's list of who owns which ports or which physical memory.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looks at the PCI functions for the controller and whoever has it.
 #include "doctor/Smbus.h"
 

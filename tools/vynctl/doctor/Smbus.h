@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The SMBus controller: the record that the library takes for it, and the kernel's driver on it.
 #pragma once
 

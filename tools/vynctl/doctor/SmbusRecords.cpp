@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The identifiers that the records are found by, in the order in which the library tries the records.
 #include "doctor/SmbusRecords.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Which SMBus controller record the library takes on a machine, told from PCI identifiers alone.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looks at the register device, the lock file, the processor's flags and the versions.
 #include "doctor/Surroundings.h"
 

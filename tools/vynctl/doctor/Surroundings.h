@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The rest of the machine: processor registers, other users of the board, a hypervisor, versions.
 #pragma once
 

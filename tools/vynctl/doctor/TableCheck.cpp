@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Puts the findings of the check of a table into one line each.
 #include "doctor/TableCheck.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What 'vyntable check' says of the tables that the library works on.
 #pragma once
 

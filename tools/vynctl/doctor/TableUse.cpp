@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Walks over the records and commands of a table and notes what each command that does something reaches.
 #include "doctor/TableUse.h"
 

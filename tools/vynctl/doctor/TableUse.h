@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the board's own table makes the library touch.
 #pragma once
 

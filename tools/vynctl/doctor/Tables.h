@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The firmware's tables and records: in memory, as the library reads them, and as the kernel hands them out.
 #pragma once
 

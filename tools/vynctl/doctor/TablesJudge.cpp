@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What was found of the firmware's tables and records, in words.
 #include <fmt/core.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Walks from the root pointer below 1 MiB to the tables, as the library does, and reads the kernel's copies.
 #include <fcntl.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes ustar headers: texts and octal numbers at fixed places of a block of 512 bytes.
 #include "doctor/Tar.h"
 

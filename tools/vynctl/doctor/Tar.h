@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Archives of small files, in the ustar form of POSIX.1-1988.
 #pragma once
 

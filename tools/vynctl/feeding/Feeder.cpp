@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The feeder's loop. Nothing in it waits without an end, but for the hardware itself.
 #include "feeding/Feeder.h"
 

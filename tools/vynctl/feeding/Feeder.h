@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Feeds the watchdog again and again, for as long as the system deserves it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Running the command as a process group of its own, and waiting for it together with signals.
 #include "feeding/HealthCheck.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The command by which the watchdog's feeder asks whether the system is well.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The notification socket.
 #include "feeding/ServiceManager.h"
 

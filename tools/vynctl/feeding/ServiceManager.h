@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Messages to the service manager that started the tool, by its notification protocol: datagrams of "NAME=VALUE".
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Words and aligned lines for what the board reports.
 #include "view/BoardText.h"
 

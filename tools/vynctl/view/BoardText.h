@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the board has, as people read it: values, features, sensors and fans.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The only source that knows the JSON package: its trees are made of the plain values here.
 #include "view/Json.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// JSON values, and their text, in which bytes that are no UTF-8 have become U+FFFD.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One line per sample, under the two lines that say what a metric is.
 #include "view/Metrics.h"
 

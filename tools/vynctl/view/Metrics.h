@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Sensor values in the text exposition format that Prometheus scrapes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing to descriptors: diverted, without waiting, and to files that are replaced in one step.
 #include "view/Output.h"
 

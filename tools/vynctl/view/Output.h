@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Where text goes: the tool's own standard output, messages beside it, and files.
 #pragma once
 

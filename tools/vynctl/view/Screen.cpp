@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Escape sequences, the terminal's mode and its size.
 #include "view/Screen.h"
 

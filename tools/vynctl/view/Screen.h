@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The terminal as a full-screen display.
 #pragma once
 

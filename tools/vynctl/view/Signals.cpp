@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Signals as events of a descriptor.
 #include "view/Signals.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Waiting that signals and keys can end.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Columns as wide as their widest cell, and the colours of tones.
 #include "view/Table.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Aligned columns and colours for text output.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes of names and numbers, one at a time.
 #include "view/Text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Small text helpers: names from firmware, numbers from the command line, durations, widths.
 #pragma once
 

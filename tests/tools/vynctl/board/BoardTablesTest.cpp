@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes of the function description table, from both places.
 #include "board/BoardTables.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Codes in words.
 #include "board/Codes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which readings are doubted, by the commands of their records.
 #include "board/Sensors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the records of a table say of a feature, on bytes worked out by hand.
 #include "board/Features.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the tables of a machine were looked for, in words.
 #include "board/BoardTables.h"
 

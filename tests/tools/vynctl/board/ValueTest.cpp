@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values: states, digits, identifiers, and how people read them.
 #include "board/Value.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ranges and limits as the command line and a file give them.
 #include "commands/Arguments.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tables and files of machines, written byte by byte.
 #include "Board.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A machine with a board on it, all of it in order, for tests to change one thing of.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What goes into a bundle, and what is said of what does not.
 #include "doctor/Bundle.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The whole examination of machines in many states, against texts that stand beside this file.
 #include "doctor/Examine.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A folder in place of the file system, and prepared answers in place of system calls.
 #include "FakeMachine.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A machine for the doctor to look at: folders that stand for /sys, /proc, /dev and /run, and answers for what no
 /// folder can stand for.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One sentence per cause of a refused I/O privilege level.
 #include "doctor/Privilege.h"
 

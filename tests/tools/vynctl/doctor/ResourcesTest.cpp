@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who owns ports and memory, after lists like the kernel's.
 #include "doctor/Resources.h"
 

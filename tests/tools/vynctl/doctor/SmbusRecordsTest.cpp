@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The record told from identifiers is the one that the library itself detects, on every chipset that can be simulated.
 #include "doctor/SmbusRecords.h"
 

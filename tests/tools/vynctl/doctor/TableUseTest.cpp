@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What tables touch, command by command.
 #include "doctor/TableUse.h"
 

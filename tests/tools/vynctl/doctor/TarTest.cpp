@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Archives byte by byte, and files that are made without touching what is there.
 #include "doctor/Tar.h"
 

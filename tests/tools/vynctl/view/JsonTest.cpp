@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // JSON values as text.
 #include "view/Json.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Metrics as text.
 #include "view/Metrics.h"
 

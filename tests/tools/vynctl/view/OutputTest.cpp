@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Replacing a file in a folder that somebody else may write to.
 #include "view/Output.h"
 

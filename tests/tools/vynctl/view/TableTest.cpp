@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Aligned columns, colours, and lines side by side.
 #include "view/Table.h"
 

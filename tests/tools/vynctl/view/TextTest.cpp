@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names, numbers, durations and widths.
 #include "view/Text.h"
 

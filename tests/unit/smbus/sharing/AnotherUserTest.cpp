@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every record beside another user of its host: a driver that takes the semaphore, one that does not, an embedded
 // controller, and another segment of the bus.
 #include <set>

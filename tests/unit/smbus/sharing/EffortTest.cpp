@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What one byte read of every record costs: accesses, time of the processor, time beyond the wires. A table of it is
 // printed at the end.
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // "Intel ICHx" beside others. Contract: its texts clear the status as they poll, take running out of time for success
 // and stop nothing.
 #include "SharedBoard.h"

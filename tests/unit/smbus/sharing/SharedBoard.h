@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the tests of shared hosts have in common: the boards, and a world in which accesses, sleeps and transfers take
 /// their time.
 #pragma once

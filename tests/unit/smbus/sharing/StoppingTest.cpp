@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every record with devices that hold the clock, that are missing, and with hosts that give up by themselves.
 #include <utility>
 
