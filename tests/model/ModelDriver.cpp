@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Runs cases of the model against the library: one JSON case per line in, one JSON outcome per line out.
 //
-// A case holds a machine, calls to make after starting the library, and calls to make after stopping it. The outcome
-// holds what each call returned, stored, left as last error, printed, and did to the machine.
+// A case holds a machine, calls to make before starting the library, after starting and after stopping it, and access
+// commands to run by themselves. The outcome holds what each call returned, stored, left as last error, printed, and
+// did to the machine; of each command what it made of its arguments and of its own bytes besides.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -180,6 +181,30 @@ json Outcomes(const json& calls, sim::Board* board, Printed* printed) {
   return outcomes;
 }
 
+std::string ToHex(const std::vector<uint8_t>& bytes) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string text;
+  for (const uint8_t byte : bytes) text += {kDigits[byte >> 4], kDigits[byte & 15]};
+  return text;
+}
+
+/// Runs access commands, each given as [bytes, direction, [arguments]].
+json RunCommands(const json& commands, sim::Board* board, Printed* printed) {
+  json outcomes = json::array();
+  for (const json& command : commands) {
+    board->Log().clear();
+    auto bytes = FromHex(command[0]);
+    std::vector<unsigned long long> args = command[2];
+    unsigned char* cursor = bytes.data();
+    const int returned =
+        TIAxTCommon::GetInstance()->IAxTRW(&cursor, command[1], args.data(), static_cast<unsigned char>(args.size()));
+    json outcome = {{"returned", returned}, {"slots", args}, {"bytes", ToHex(bytes)}, {"printed", printed->Take()}};
+    outcome["log"] = LogOf(board->Log());
+    outcomes.push_back(outcome);
+  }
+  return outcomes;
+}
+
 /// Keeps the detection of the first case: no case has a controller, and looking for one costs more than all the rest.
 void KeepDetection() {
   if (TIAxTCommon::g_Instance) TIAxTCommon::g_Instance->SMBus = nullptr;
@@ -190,11 +215,13 @@ json Run(const json& request, Printed* printed) {
   sim::Board& board = current.board;
   AddMachine(request["machine"], &board);
   json answer;
+  answer["before"] = Outcomes(request["before"], &board, printed);
   board.logging = false;
   answer["init"] = {VynLibDllInit(), VynLibDllGetLastError()};
   board.logging = true;
   printed->Take();
   answer["calls"] = Outcomes(request["calls"], &board, printed);
+  answer["commands"] = RunCommands(request["commands"], &board, printed);
   KeepDetection();
   board.logging = false;
   answer["uninit"] = {VynLibDllUnInit(), VynLibDllGetLastError()};

@@ -27,6 +27,7 @@ from machine import Machine
 
 PATIENCE = 20  # seconds that one case may take
 SHRINKING = 60  # seconds that making a case smaller may take
+PARTS = ("before", "calls", "commands", "after")  # of a case: what is done, in this order, each with an outcome
 
 
 class Driver:
@@ -69,7 +70,7 @@ def request_of(case):
     tables = [firmware.build_table(table) for table in case["tables"]]
     machine = dict(case["machine"])
     machine["memory"] = machine["memory"] + firmware.memory_image(tables)
-    return {"machine": machine, "calls": case["calls"], "after": case["after"]}
+    return {"machine": machine, **{part: case.get(part, []) for part in PARTS}}
 
 
 def tables_of(case):
@@ -84,23 +85,37 @@ def outcome(library, call):
     return {"returned": [returned, result], "code": library.code, "printed": printed, "log": list(library.machine.log)}
 
 
+def command_outcome(executor, command):
+    body, direction, slots = bytearray.fromhex(command[0]), command[1], list(command[2])
+    executor.machine.log.clear()
+    executor.printed.clear()
+    returned = int(executor.run(body, 0, direction, slots))
+    printed = "".join(line + "\n" for line in executor.printed)
+    return {"returned": returned, "slots": slots, "bytes": body.hex(), "printed": printed,
+            "log": list(executor.machine.log)}
+
+
 def predict(case):
-    """What the driver must answer. The case ends before a call that would not."""
+    """What the driver must answer. The case ends before a call that would not. Calls before the start belong into the
+    first case of a process: a tear-down leaves the library initialised."""
     spec = request_of(case)["machine"]
     machine = Machine(spec)
     library = Library(machine, Executor(machine), {})
+    library.initialised = 0
+    before = [outcome(library, call) for call in case.get("before", [])]
     if spec["privileged"] and spec["memory_device"]:
         library.lists = firmware.lists_of(tables_of(case))
     library.initialised = int(spec["privileged"])
     library.code = 0 if library.initialised else 1
-    answer = {"init": [library.initialised, library.code], "calls": []}
+    answer = {"before": before, "init": [library.initialised, library.code], "calls": []}
     for number, call in enumerate(case["calls"]):
         try:
             answer["calls"].append(outcome(library, call))
         except Unbounded:
             del case["calls"][number:]
             break
-    answer["open"] = opened(answer["calls"], spec)
+    answer["commands"] = [command_outcome(library.executor, command) for command in case.get("commands", [])]
+    answer["open"] = opened(answer["calls"] + answer["commands"], spec)
     library.lists = {}
     answer["uninit"] = [library.initialised, 0 if library.initialised else library.code]
     library.code = answer["uninit"][1]
@@ -122,7 +137,7 @@ def available(entry, spec):
 
 def tidy(answer):
     """Sleeps that follow one another as one, none of length 0: how a wait is cut up is not of interest."""
-    for each in answer["calls"] + answer["after"]:
+    for each in sum((answer[part] for part in PARTS), []):
         log = []
         for entry in each["log"]:
             if entry[0] == "sleep" and log and log[-1][0] == "sleep":
@@ -142,12 +157,12 @@ def differences(case, driver):
     actual = tidy(actual)
     lines = []
     for part in expected:
-        if part in ("calls", "after"):
+        if part in PARTS:
             continue
         if expected[part] != actual[part]:
             lines.append(f"{part}: model {expected[part]}, library {actual[part]}")
-    for part in ("calls", "after"):
-        for call, model, library in zip(case[part], expected[part], actual[part]):
+    for part in PARTS:
+        for call, model, library in zip(case.get(part, []), expected[part], actual[part], strict=True):
             lines += [f"{part} {call}: {key}: model {model[key]}, library {library[key]}"
                       for key in model if model[key] != library[key]]
     return lines

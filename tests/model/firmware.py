@@ -7,6 +7,7 @@ ROOT_POINTER = 0xE0000
 BIOS_RECORD = 0xE0040
 TABLES = 0x7F000000
 SPACING = 0x10000
+LARGEST_TABLE = 16 << 20  # bytes; a larger one is passed over
 
 # Record type: list, of the types that carry access commands.
 LISTS = {
@@ -17,9 +18,11 @@ LISTS = {
 
 
 class Entry:
-    def __init__(self, record, length):
-        self.index, self.value, self.length = record[1], record[2], length
-        self.body = bytearray(record[RECORD_HEADER:length])
+    """What lies at a record's place: one shorter than its header takes what it lacks from the bytes that follow."""
+
+    def __init__(self, rest, length):
+        self.index, self.value, self.length = rest[1], rest[2], length
+        self.body = bytearray(rest[RECORD_HEADER:length])
 
 
 def file_records(table, lists):
@@ -31,7 +34,7 @@ def file_records(table, lists):
         if size == 0 or size > remaining:
             return
         if table[at] in LISTS:
-            lists.setdefault(LISTS[table[at]], []).append(Entry(table[at:at + size], size))
+            lists.setdefault(LISTS[table[at]], []).append(Entry(table[at:], size))
         at, remaining = at + size, remaining - size
 
 
@@ -44,9 +47,9 @@ def seen_table(table):
 def lists_of(tables):
     lists = {}
     for table in tables:
-        seen = seen_table(table)
-        if len(seen) >= HEADER:
-            file_records(seen, lists)
+        length = int.from_bytes(table[4:8], "little")
+        if table[:4] == b"IADT" and HEADER <= length <= LARGEST_TABLE:
+            file_records(seen_table(table), lists)
     return lists
 
 
@@ -59,9 +62,13 @@ def build_record(record):
 
 
 def build_table(table):
-    """{records, tail (hex, optional), length (optional)} as the bytes of a function description table."""
+    """{records, tail (hex, optional), length (optional), change (place and value of a byte, optional)} as the bytes of
+    a function description table."""
     content = b"".join(build_record(record) for record in table["records"]) + bytes.fromhex(table.get("tail", ""))
-    return acpi_table(b"IADT", content, table.get("length"))
+    result = bytearray(acpi_table(b"IADT", content, table.get("length")))
+    if "change" in table:
+        result[table["change"][0]] = table["change"][1]
+    return bytes(result)
 
 
 def acpi_table(signature, content, length=None):
