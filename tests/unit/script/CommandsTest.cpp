@@ -121,6 +121,61 @@ TEST(Vocabulary, EveryRowNeedsItsOperands) {
   }
 }
 
+/// Each word with the operands that it needs and may have; FMEM, which takes text, and the words that the interpreter
+/// knows but cannot run are not here.
+struct Word {
+  const char* word;
+  int least, most;
+};
+constexpr Word kWords[] = {
+    {"I", 1, 1},      {"I16", 1, 1},       {"I32", 1, 1},      {"O", 2, 2},      {"O16", 2, 2},      {"O32", 2, 2},
+    {"IID", 3, 3},    {"IID16", 3, 3},     {"IID32", 3, 3},    {"OID", 4, 4},    {"OID16", 4, 4},    {"OID32", 4, 4},
+    {"RPCI", 4, 4},   {"RPCI16", 4, 4},    {"RPCI32", 4, 4},   {"WPCI", 5, 5},   {"WPCI16", 5, 5},   {"WPCI32", 5, 5},
+    {"RPCIE", 4, 4},  {"RPCIE16", 4, 4},   {"RPCIE32", 4, 4},  {"WPCIE", 5, 5},  {"WPCIE16", 5, 5},  {"WPCIE32", 5, 5},
+    {"ERPCI", 2, 2},  {"ERPCI16", 2, 2},   {"ERPCI32", 2, 2},  {"EWPCI", 3, 3},  {"EWPCI16", 3, 3},  {"EWPCI32", 3, 3},
+    {"ERPCIE", 2, 2}, {"ERPCIE16", 2, 2},  {"ERPCIE32", 2, 2}, {"EWPCIE", 3, 3}, {"EWPCIE16", 3, 3}, {"EWPCIE32", 3, 3},
+    {"FPCI", 1, 2},   {"FPCICLASS", 1, 2}, {"R", 1, 1},        {"R16", 1, 1},    {"R32", 1, 1},      {"W", 2, 2},
+    {"W16", 2, 2},    {"W32", 2, 2},       {"DMEM", 1, 2},     {"ADD", 2, 2},    {"SUB", 2, 2},      {"MUL", 2, 2},
+    {"DIV", 2, 2},    {"MOD", 2, 2},       {"AND", 2, 2},      {"OR", 2, 2},     {"XOR", 2, 2},      {"NOT", 2, 2},
+    {"SHR", 2, 2},    {"SHL", 2, 2},       {"CMZ", 1, 1},      {"DELAY", 1, 1},
+};
+
+/// What a statement does: whether it runs, its result, and every access.
+struct Done {
+  bool ran;
+  unsigned result;
+  std::vector<Access> accesses;
+};
+Done Do(const char* word, int operands) {
+  std::string script(word);
+  script += "(";
+  for (int i = 0; i < operands; ++i) script += i == 0 ? "1" : ",1";
+  script += ")";
+  Board machine;
+  machine.board.Log().clear();
+  const bool ran = machine.Run(script);
+  return {ran, machine.result, machine.board.Log()};
+}
+
+TEST(Vocabulary, NamesTheWordsThatRunAndEightThatDoNot) { EXPECT_EQ(std::size(kWords) + 1 + 8, 67u); }
+
+TEST(Vocabulary, RunsFromTheLeastOperandsOnAndLeavesOutOneTooMany) {
+  for (const Word& each : kWords)
+    for (int operands = 0; operands <= each.most + 1; ++operands) {
+      const Done done = Do(each.word, operands);
+      EXPECT_EQ(done.ran, operands >= each.least) << each.word << " " << operands;
+      if (operands < each.least) {
+        EXPECT_EQ(done.result, kUntouched) << each.word << " " << operands;
+        EXPECT_THAT(done.accesses, IsEmpty()) << each.word << " " << operands;
+      }
+      if (operands > each.most) {
+        const Done with = Do(each.word, each.most);
+        EXPECT_EQ(done.result, with.result) << each.word;
+        EXPECT_EQ(done.accesses, with.accesses) << each.word;
+      }
+    }
+}
+
 TEST(Vocabulary, RefusesOtherWords) {
   EXPECT_EQ(script::FindCommand("INP"), nullptr);
   EXPECT_EQ(script::FindCommand(""), nullptr);

@@ -2,7 +2,9 @@
 // Lists and nodes of the function description table.
 #include "tables/TIADTable.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <set>
 
 #include "firmware/AcpiTable.h"
@@ -114,6 +116,41 @@ TEST_F(TIADTableLists, GoOnBehindARecordOfAnUnknownType) {
   Fill(Table(Counting(40, 1, 50) + Counting(5, 7, 30)));
   EXPECT_EQ(AllNodes(), 1);
   EXPECT_EQ(table->Slots[13][2], 7);
+}
+
+/// Byte k of what a node holds of its record's first bytes: zeros beyond the table.
+Bytes FirstBytes(const Bytes& table, size_t record, size_t count) {
+  Bytes bytes(count);
+  for (size_t i = 0; i < count && record + i < table.size(); ++i) bytes[i] = table[record + i];
+  return bytes;
+}
+
+TEST_F(TIADTableLists, TakeRecordsOfEveryTypeAndSubTypeAtEveryLength) {
+  for (unsigned type = 0; type < 256; ++type)
+    for (uint8_t value = 0; value < 6; ++value)
+      for (uint32_t length = 0; length <= 80; ++length) {
+        const ListCase* row = std::find_if(std::begin(kCases), std::end(kCases), [&](const ListCase& each) {
+          return each.type == type && (each.kept == 0 || each.value == value);
+        });
+        // What follows is too little for a record.
+        Bytes record = Counting(static_cast<uint8_t>(type), value, length);
+        record.resize(std::max<size_t>(length, 7) + (length < 7 ? length : 6));
+        const Bytes bytes = Table(record);
+        TIADTable parsed;
+        parsed.Fill(bytes.data(), static_cast<uint32_t>(bytes.size()));
+        const bool filed = length != 0 && row != std::end(kCases);
+        for (unsigned list = 1; list <= 42; ++list)
+          ASSERT_EQ(parsed.Slots[list] != nullptr, filed && list == row->list)
+              << type << " " << int{value} << " " << length << " " << list;
+        if (!filed) continue;
+        const unsigned char* const node = parsed.Slots[row->list];
+        const size_t kept = row->kept != 0 ? row->kept : 27;
+        ASSERT_EQ(Bytes(node, node + kept), FirstBytes(bytes, 36, kept)) << type << " " << length;
+        if (row->kept == 0 && length > 27) {
+          const unsigned char* const body = PointerAt(node + 27);
+          ASSERT_EQ(Bytes(body, body + length - 27), Bytes(record.begin() + 27, record.begin() + length)) << length;
+        }
+      }
 }
 
 TEST_F(TIADTableLists, KeepTheOrderOfTheTable) {
