@@ -7,12 +7,15 @@
 
 #include "boardfile/BoardFile.h"
 #include "boardfile/EndlessLoop.h"
+#include "boardfile/StateFile.h"
 
 namespace {
 
 constexpr char kVariable[] = "VYNLIB_BOARD";
 /// Set to anything but "" or "0": the board is live, whatever its file says.
 constexpr char kLiveVariable[] = "VYNLIB_LIVE";
+/// The file that keeps what programs changed on the board; none where this is not set or empty.
+constexpr char kStateVariable[] = "VYNLIB_STATE";
 
 bool IsSet(const char* variable) {
   const char* value = std::getenv(variable);
@@ -34,5 +37,10 @@ std::unique_ptr<sim::Board> sim::DefaultBoard() {
   if (const auto endless = boardfile::FindEndlessLoop(loaded.firmware))
     return Refused(boardfile::LineOf(*endless, path));
   if (IsSet(kLiveVariable)) loaded.board->live = true;
+  const char* state = std::getenv(kStateVariable);
+  if (state && *state) {
+    const std::string trouble = boardfile::KeepState(state, path, loaded.board.get());
+    if (!trouble.empty()) return Refused(trouble);
+  }
   return std::move(loaded.board);
 }

@@ -48,7 +48,8 @@ void ReadRegisters(TomlSection* section, std::string_view key, uint64_t last, co
   }
 }
 
-void Fill(TomlSection* section, Registers registers) {
+void Fill(TomlSection* section, Board* board, const Registers& registers) {
+  board->registerFiles.push_back(registers);
   registers->fill(static_cast<uint8_t>(section->Number("fill", kByte, 0)));
   ReadRegisters(section, "registers", kByte, [&](uint64_t number, uint8_t value) { (*registers)[number] = value; });
 }
@@ -98,7 +99,7 @@ void ReadIndexData(TomlSection* root, Board* board, Names* names) {
   for (TomlSection& section : root->List("index_data")) {
     const auto registers = board->IndexData(static_cast<uint16_t>(section.Need("index_port", kWord)),
                                             static_cast<uint16_t>(section.Need("data_port", kWord)));
-    Fill(&section, registers);
+    Fill(&section, board, registers);
     Name(&section, registers, names);
     section.Finish();
   }
@@ -110,10 +111,10 @@ void ReadSuperIo(TomlSection* root, Board* board, Names* names) {
     const auto dataPort = static_cast<uint16_t>(section.Need("data_port", kWord));
     const auto chip = std::make_shared<SuperIo>(indexPort, section.ByteList("enter").value_or(Bytes{}),
                                                 static_cast<uint8_t>(section.Number("leave", kByte, 0xAA)));
-    Fill(&section, chip->global);
+    Fill(&section, board, chip->global);
     for (TomlSection& device : section.List("device")) {
       const Registers registers = std::make_shared<std::array<uint8_t, 256>>();
-      Fill(&device, registers);
+      Fill(&device, board, registers);
       Name(&device, registers, names);
       chip->devices[static_cast<uint8_t>(device.Need("number", kByte))] = registers;
       device.Finish();
@@ -161,13 +162,13 @@ void ReadMsrs(TomlSection* root, Board* board) {
   }
 }
 
-void ReadSlaves(TomlSection* section, Names* names, SmbusSetup* setup) {
+void ReadSlaves(TomlSection* section, Board* board, Names* names, SmbusSetup* setup) {
   for (TomlSection& device : section->List("device")) {
     const auto slave = std::make_shared<SmbusSlave>();
     const Registers registers(slave, &slave->registers);
     const auto address = static_cast<uint8_t>(device.Need("address", kByte));
     if (address & 1) device.Fail("address", "an address byte with bit 0 clear (0xA0)");
-    Fill(&device, registers);
+    Fill(&device, board, registers);
     Name(&device, registers, names);
     device.Finish();
     setup->slaves[address] = slave;
@@ -188,7 +189,7 @@ void ReadSmbus(TomlSection* root, Board* board, Names* names) {
     setup.base = static_cast<uint16_t>(section.Number("base", kWord, 0));
     for (std::string_view option : kSmbusOptions)
       if (const auto value = section.Number(option, kDword)) setup.options.emplace(option, *value);
-    ReadSlaves(&section, names, &setup);
+    ReadSlaves(&section, board, names, &setup);
     section.Finish();
     AttachSmbus(*board, *platform, setup);
   }

@@ -10,7 +10,9 @@ namespace sim {
 
 Board::Board() : impl_(std::make_unique<Impl>()) {}
 
-Board::~Board() = default;
+Board::~Board() {
+  if (atEnd) atEnd(*this);
+}
 
 namespace {
 
@@ -95,7 +97,7 @@ Board& Board::Msr(uint32_t number, uint64_t value) {
 // --- running ---
 
 uint64_t Board::Microseconds() const {
-  if (!live) return clock_;
+  if (!live && !realTime) return clock_;
   const auto real = std::chrono::steady_clock::now() - impl_->made;
   return clock_ + static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(real).count());
 }

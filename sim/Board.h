@@ -27,10 +27,18 @@ struct Pace {
   uint64_t step = 0;        ///< the longest in which chips follow the clock during a sleep; 0: the whole sleep is one
 };
 
+/// What programs can change on a board: bytes by their numbers. Of memory those alone that were written since the board
+/// was made; of PCI functions bus << 20 | device << 15 | function << 12 | offset; of register files number << 8 |
+/// index.
+struct Cells {
+  using Bytes = std::map<uint64_t, uint8_t>;
+  Bytes ports, memory, pci, registers;
+};
+
 class Board {
  public:
   Board();
-  ~Board();
+  ~Board();  ///< calls `atEnd` first
   Board(const Board&) = delete;
   Board& operator=(const Board&) = delete;
 
@@ -46,6 +54,7 @@ class Board {
   bool memDevice = true;                   ///< "/dev/mem" can be opened
   bool msrDevice = true;                   ///< "/dev/cpu/0/msr" can be opened
   bool live = false;                       ///< the clock follows the time of day as well, and readings may drift
+  bool realTime = false;                   ///< the clock follows the time of day as well; implied by `live`
   size_t mappingLimit = size_t{64} << 20;  ///< bytes; longer mappings fail
 
   Pace pace;
@@ -73,8 +82,18 @@ class Board {
 
   Board& Msr(uint32_t number, uint64_t value);
 
+  // --- keeping ---
+  /// The registers of the devices, in the order in which these were added.
+  std::vector<std::shared_ptr<std::array<uint8_t, 256>>> registerFiles;
+  /// What chips know beside registers, by names of their own.
+  std::map<std::string, uint64_t> remembered;
+  std::function<void(const Board&)> atEnd;
+  Cells State() const;
+  /// Puts bytes back. What the board does not have is passed over; nothing is logged.
+  void Restore(const Cells& cells);
+
   // --- running ---
-  /// What was slept so far, and what the accesses took; on a live board also the real time since the board was made.
+  /// What was slept so far, and what the accesses took; in real time also the time since the board was made.
   uint64_t Microseconds() const;
   void Sleep(uint64_t microseconds);
   /// Made so far, whatever their width.

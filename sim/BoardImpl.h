@@ -4,6 +4,7 @@
 
 #include <bitset>
 #include <chrono>
+#include <set>
 
 #include "sim/Board.h"
 
@@ -34,6 +35,7 @@ struct Board::Impl {
   std::map<uint16_t, std::unique_ptr<PciFunction>> functions;
   uint32_t pciAddress = 0;
   std::unordered_map<uint64_t, std::unique_ptr<Page>> pages;
+  std::set<uint64_t> written;  ///< of memory
   std::unordered_map<uint32_t, uint64_t> msrs;
   std::vector<std::function<void(Board&)>> ticks;
   std::map<int, File> descriptors;

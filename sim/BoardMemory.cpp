@@ -38,8 +38,9 @@ uint8_t Board::MemoryByte(uint64_t address) const {
 
 void Board::StoreMemoryByte(uint64_t address, uint8_t value) {
   const auto found = impl_->pages.find(address / kPageBytes);
-  if (found != impl_->pages.end() && found->second->present[address % kPageBytes])
-    found->second->bytes[address % kPageBytes] = value;
+  if (found == impl_->pages.end() || !found->second->present[address % kPageBytes]) return;
+  found->second->bytes[address % kPageBytes] = value;
+  impl_->written.insert(address);
 }
 
 int Board::Open(const char* path, bool writable) {

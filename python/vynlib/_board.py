@@ -18,7 +18,7 @@ class Board:
     """The board of this machine, or a simulated one. One at a time, for all threads of the program.
 
     `simulate` names a board description (docs/board-files.md) that is worked on instead, without root and without
-    hardware; with `live` its readings move. On hardware the board takes turns with other programs
+    hardware; with `live` its readings move, and the file `state` keeps what is changed on it. On hardware the board takes turns with other programs
     (docs/sharing.md), and waits `wait` seconds at most for each; `lock_file` names another lock than theirs, `lock`
     false goes without.
 
@@ -33,10 +33,13 @@ class Board:
     0
     """
 
-    def __init__(self, simulate: Union[str, "os.PathLike[str]", None] = None, *, live: bool = False, lock: bool = True,
-                 lock_file: Optional[str] = None, wait: float = 10.0) -> None:
+    def __init__(self, simulate: Union[str, "os.PathLike[str]", None] = None, *, live: bool = False,
+                 state: Union[str, "os.PathLike[str]"] = "", lock: bool = True, lock_file: Optional[str] = None,
+                 wait: float = 10.0) -> None:
         path = os.fspath(simulate) if simulate is not None else None
-        self._session = session = Session(path, live, lock_file_for(path, lock, lock_file), wait,
+        simulation = {} if path is None else {
+            "VYNLIB_BOARD": path, "VYNLIB_LIVE": "1" if live else "0", "VYNLIB_STATE": os.fspath(state)}
+        self._session = session = Session(path, simulation, lock_file_for(path, lock, lock_file), wait,
                                           _features.prototypes())
         try:
             self._voltages = Readings(session, "V", "VynLibGetVoltageNames", "VynLibGetVoltage", ctypes.c_float)

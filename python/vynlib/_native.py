@@ -145,18 +145,17 @@ def _end(library: ctypes.CDLL, unload: bool) -> None:
 class Session:
     """The started library. A board and all that comes from it share it; it ends with the last of them, or by close()."""
 
-    def __init__(self, simulate: Optional[str], live: bool, lock_file: Optional[str], wait: float,
+    def __init__(self, simulate: Optional[str], simulation: Dict[str, str], lock_file: Optional[str], wait: float,
                  prototypes: Dict[str, Tuple[Any, ...]]) -> None:
         self._wait = wait
         self._output = _Output()
         self._lock = MachineLock(lock_file) if lock_file else None
         self._library = _load(_SIMULATED if simulate is not None else _REAL, prototypes)
         self.messages: List[str] = []
-        variables = {"VYNLIB_BOARD": simulate, "VYNLIB_LIVE": "1" if live else "0"} if simulate is not None else {}
         # A simulated board lives in its library, which is unloaded so that the next board is fresh.
         unload = simulate is not None
         try:
-            with self._turn(wait), _environment(variables):
+            with self._turn(wait), _environment(simulation):
                 self._start()
         except BaseException:
             if unload:

@@ -28,18 +28,23 @@ constexpr ChipOption kWatchdogOptions[] = {
 /// Counts the interval register down once per second or minute; at 0 it sets the status bit and stops counting.
 class Watchdog {
  public:
-  Watchdog(Registers registers, Options options) : registers_(std::move(registers)), options_(std::move(options)) {}
+  Watchdog(Board& board, Registers registers, Options options)
+      : registers_(std::move(registers)), options_(std::move(options)) {
+    const std::string name = "watchdog" + std::to_string(board.remembered.size());
+    since_ = &board.remembered[name + "_since"];
+    left_ = &board.remembered[name + "_left"];
+  }
 
   void operator()(Board& board) {
     uint8_t& left = At("interval");
     const uint64_t now = board.Microseconds();
-    if (!Counting() || left != left_) since_ = now;
+    if (!Counting() || left != *left_) *since_ = now;
     const uint64_t period = (At("mode") & options_["minutes_mask"]) ? kMinute : kSecond;
-    while (Counting() && now - since_ >= period) {
-      since_ += period;
+    while (Counting() && now - *since_ >= period) {
+      *since_ += period;
       if (--left == 0) Expire();
     }
-    left_ = left;
+    *left_ = left;
   }
 
  private:
@@ -56,8 +61,9 @@ class Watchdog {
 
   Registers registers_;
   Options options_;
-  uint64_t since_ = 0;
-  uint8_t left_ = 0;
+  // Of the board: when the present second or minute began, and what was left then.
+  uint64_t* since_;
+  uint64_t* left_;
 };
 
 // --- fan ---
@@ -131,7 +137,7 @@ struct Drift {
 };
 
 void AttachWatchdog(Board& board, const Registers& registers, const Options& options) {
-  board.OnTick(Watchdog(registers, options));
+  board.OnTick(Watchdog(board, registers, options));
 }
 
 void AttachFan(Board& board, const Registers& registers, const Options& options) {

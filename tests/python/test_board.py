@@ -50,6 +50,15 @@ def test_a_board_that_nobody_has_any_longer_is_closed():
     vynlib.Board(simulate=REFERENCE).close()
 
 
+def test_a_state_outlives_its_board(tmp_path):
+    for value in (1, 0):
+        with vynlib.Board(simulate=REFERENCE, state=tmp_path / "state") as board:
+            assert board.features["wifi"].get() == value
+            board.features["wifi"].set(0)
+    with pytest.raises(vynlib.NotStarted, match="state: the state of another board"):
+        vynlib.Board(simulate=BARE, state=tmp_path / "state")
+
+
 def test_the_environment_is_put_back(monkeypatch):
     monkeypatch.setenv("VYNLIB_BOARD", "mine")
     monkeypatch.delenv("VYNLIB_LIVE", raising=False)

@@ -27,6 +27,7 @@ namespace {
 
 constexpr char kBoardVariable[] = "VYNLIB_BOARD";
 constexpr char kLiveVariable[] = "VYNLIB_LIVE";
+constexpr char kStateVariable[] = "VYNLIB_STATE";
 constexpr char kSafePath[] = "/usr/sbin:/usr/bin:/sbin:/bin";
 
 constexpr std::string_view kKept[] = {
@@ -60,6 +61,7 @@ void PrepareEnvironment(const LoadOptions& options) {
   setenv("PATH", kSafePath, 1);
   if (!options.board.empty()) setenv(kBoardVariable, options.board.c_str(), 1);
   if (options.live) setenv(kLiveVariable, "1", 1);
+  if (!options.state.empty()) setenv(kStateVariable, options.state.c_str(), 1);
 }
 
 constexpr char kRealLibrary[] = "libvynlib.so.1";
@@ -96,7 +98,7 @@ void Library::Start(const LoadOptions& options, OutputDivert& output) {
   const uint64_t code = api_.GetLastError();
   std::string cause = options.board.empty() ? WhyNoPrivilege(doctor::LookAtPrivilege(doctor::Machine()))
                                             : Printable(BoardTables(options.board).Trouble());
-  if (cause.empty()) cause = WordsFor(code);
+  if (cause.empty()) cause = options.state.empty() ? WordsFor(code) : "the state file cannot be used";
   const std::string said = messages_.empty() ? "" : fmt::format("; it says: {}", fmt::join(messages_, ", "));
   throw LibraryError(fmt::format("the library does not start: {}{}", cause, said), code);
 }

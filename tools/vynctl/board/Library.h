@@ -55,6 +55,7 @@ class LibraryError : public std::runtime_error {
 struct LoadOptions {
   std::string board;  ///< board description to simulate; empty: the real hardware
   bool live = false;  ///< simulated readings move
+  std::string state;  ///< file that keeps what was changed on the simulated board; empty: none
   bool noLock = false;
   std::string lockFile;  ///< empty: the one of all programs for the real hardware, none for a simulated board
   double wait = 10;      ///< seconds to wait for the hardware
