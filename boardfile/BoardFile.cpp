@@ -18,6 +18,8 @@ namespace {
 
 /// Dots of one line; keys of more parts would nest tables deeper than they can be released again.
 constexpr ptrdiff_t kDotLimit = 24;
+/// Files of this format will always be read.
+constexpr uint64_t kFormat = 1;
 
 std::string OneLine(std::string text) {
   std::replace_if(
@@ -74,6 +76,8 @@ Result ParseText(std::string_view text, const std::string& name) {
     Result result;
     TomlSection root = ReadRoot(text, name);
     root.Try([&] {
+      if (root.Number("format", kFormat, kFormat) != kFormat)
+        root.Fail("format", "1, which is all that this program reads");
       Read(&root, &result);
       root.Finish();
     });

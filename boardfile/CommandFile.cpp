@@ -3,6 +3,7 @@
 #include "boardfile/CommandFile.h"
 
 #include <algorithm>
+#include <set>
 #include <sstream>
 
 #include "boardfile/CommandWords.h"
@@ -16,6 +17,7 @@ namespace {
 
 constexpr uint64_t kByte = 0xFF, kWord = 0xFFFF, kDword = 0xFFFFFFFF;
 constexpr size_t kTextLimit = 64;
+constexpr unsigned kDeepest = 16;
 /// More commands than this in one list are a mistake in the file.
 constexpr size_t kListBytes = size_t{1} << 16;
 
@@ -139,10 +141,8 @@ std::vector<std::string> NamesOf(const Sequences& sequences) {
 std::vector<Command> ReadElement(TomlSection* section, const Sequences& sequences) {
   if (!section->Has("use")) return {ReadCommand(section)};
   const std::string name = section->NeedText("use", kTextLimit);
-  const auto found = sequences.find(name);
-  if (found == sequences.end()) section->Fail("use", "the name of one of the [sequences]", name, NamesOf(sequences));
   section->Finish();
-  return found->second;
+  return FindSequence(*section, "use", name, sequences);
 }
 
 }  // namespace
@@ -163,12 +163,71 @@ CommandList ReadCommands(TomlSection* section, std::string_view key, const Seque
   return list;
 }
 
+namespace {
+
+/// Reads what a sequence uses before the sequence itself.
+class SequenceReader {
+ public:
+  explicit SequenceReader(TomlSection* section) : section_(*section), names_(section->Keys()) {}
+
+  Sequences Read() {
+    for (const std::string& name : names_) ReadOne(name);
+    return sequences_;
+  }
+
+ private:
+  /// What is wrong with it is noted; it then has no commands.
+  void ReadOne(const std::string& name) {
+    if (sequences_.contains(name)) return;
+    open_.insert(name);
+    std::vector<Command> commands;
+    section_.Try([&] {
+      ReadUsed(name);
+      commands = ReadCommands(&section_, name, sequences_).commands;
+    });
+    open_.erase(name);
+    sequences_[name] = std::move(commands);
+  }
+
+  void ReadUsed(const std::string& name) {
+    for (TomlSection& each : section_.List(name)) {
+      if (!each.Has("use")) continue;
+      const std::string used = each.NeedText("use", kTextLimit);
+      if (open_.contains(used)) section_.Fail(name, "a sequence that does not use itself");
+      if (open_.size() >= kDeepest)
+        section_.Fail(name, "within " + std::to_string(kDeepest) + " sequences that use each other");
+      if (std::ranges::find(names_, used) != names_.end()) ReadOne(used);
+    }
+  }
+
+  TomlSection section_;
+  const std::vector<std::string> names_;
+  std::set<std::string> open_;
+  Sequences sequences_;
+};
+
+}  // namespace
+
+const std::vector<Command>& FindSequence(const TomlSection& section, std::string_view key, const std::string& name,
+                                         const Sequences& sequences) {
+  const auto found = sequences.find(name);
+  if (found == sequences.end()) section.Fail(key, "the name of one of the [sequences]", name, NamesOf(sequences));
+  return found->second;
+}
+
+Command ReadPlace(TomlSection* section) {
+  for (const KindRow& kind : kKinds) {
+    if (!section->Has(kind.key) || kind.key == "delay" || kind.key == "msr" || kind.key == "pci") continue;
+    Command command = kind.read(section);
+    ReadWidth(section, &command);
+    return command;
+  }
+  throw BoardFileError(section->Where(), "a field needs memory, port, index_port or smbus");
+}
+
 Sequences ReadSequences(TomlSection* root) {
-  Sequences sequences;
   auto section = root->Sub("sequences");
-  if (!section) return sequences;
-  for (const std::string& name : section->Keys()) sequences[name] = ReadCommands(&*section, name, {}).commands;
-  return sequences;
+  return section ? SequenceReader(&*section).Read() : Sequences{};
 }
 
 }  // namespace boardfile

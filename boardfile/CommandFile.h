@@ -14,7 +14,13 @@ namespace boardfile {
 /// Named runs of commands that `{ use = "name" }` inserts.
 using Sequences = std::map<std::string, std::vector<firmware::Command>>;
 
+/// Sequences may use others, in any order of the file, but not themselves.
 Sequences ReadSequences(TomlSection* root);
+/// The commands of the sequence that the value of `key` names; throws BoardFileError when there is none.
+const std::vector<firmware::Command>& FindSequence(const TomlSection& section, std::string_view key,
+                                                   const std::string& name, const Sequences& sequences);
+/// What the keys of a command's kind say, and its width: no direction, no masks.
+firmware::Command ReadPlace(TomlSection* section);
 
 struct CommandList {
   std::vector<firmware::Command> commands;

@@ -3,10 +3,12 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "layout/AccessCommand.h"
+#include "layout/RecordLayout.h"
 
 namespace boardfile {
 
@@ -47,6 +49,14 @@ inline std::vector<uint8_t> UnusedBytes(const layout::CommandLayout& row) {
     if (!used) offsets.push_back(offset);
   }
   return offsets;
+}
+
+/// The names that `function` may have.
+inline std::vector<std::string> FeatureNames() {
+  std::vector<std::string> names;
+  for (const layout::RecordType& row : layout::kRecordTypes)
+    if (!row.IsSensor()) names.emplace_back(row.name);
+  return names;
 }
 
 }  // namespace boardfile

@@ -6,6 +6,8 @@
 #include <set>
 
 #include "boardfile/CommandFile.h"
+#include "boardfile/CommandWords.h"
+#include "boardfile/FieldFile.h"
 #include "firmware/AcpiTable.h"
 #include "firmware/BiosInfo.h"
 #include "firmware/IadtBuilder.h"
@@ -112,13 +114,6 @@ std::vector<Origin> HeadOrigins(const TomlSection& section, std::string_view val
           {iadt::kName, section.WhereOf(name)}};
 }
 
-std::vector<std::string> FeatureNames() {
-  std::vector<std::string> names;
-  for (const RecordType& row : kRecordTypes)
-    if (!row.IsSensor()) names.emplace_back(row.name);
-  return names;
-}
-
 Record StartFeature(TomlSection* section) {
   if (const auto type = Byte8(section, "type")) {
     if (section->Has("function")) section->Fail("function", "left out where \"type\" is given");
@@ -205,6 +200,22 @@ PlacedRecord ReadSensor(TomlSection* section, const Sequences& sequences) {
   return placed;
 }
 
+/// Every entry of a field comes from the whole of it.
+std::vector<PlacedRecord> ReadFieldRecords(TomlSection* section, const Sequences& sequences) {
+  std::vector<PlacedRecord> records;
+  for (const FieldEntry& entry : ReadField(section, sequences)) {
+    const Record record =
+        Record::Type(entry.type->type).Index(entry.index).Value(entry.value).Name(entry.name).Commands(entry.commands);
+    records.push_back({record, {{0, section->Where()}}});
+  }
+  return records;
+}
+
+template <PlacedRecord (*read)(TomlSection*, const Sequences&)>
+std::vector<PlacedRecord> One(TomlSection* section, const Sequences& sequences) {
+  return {read(section, sequences)};
+}
+
 PlacedRecord ReadRaw(TomlSection* section, const Sequences&) {
   const auto raw = section->ByteList("raw");
   if (!raw) throw BoardFileError(section->Where(), "[[record]] needs \"raw\", the bytes of the record");
@@ -214,9 +225,11 @@ PlacedRecord ReadRaw(TomlSection* section, const Sequences&) {
 
 struct RecordReader {
   std::string_view key;
-  PlacedRecord (*read)(TomlSection*, const Sequences&);
+  std::vector<PlacedRecord> (*read)(TomlSection*, const Sequences&);
 };
-constexpr RecordReader kReaders[] = {{"feature", ReadFeature}, {"sensor", ReadSensor}, {"record", ReadRaw}};
+constexpr RecordReader kFieldReader = {"field", ReadFieldRecords};
+constexpr RecordReader kReaders[] = {
+    {"feature", One<ReadFeature>}, {"sensor", One<ReadSensor>}, {"record", One<ReadRaw>}, kFieldReader};
 
 /// A section that describes a record, and what reads it.
 struct RecordSection {
@@ -229,6 +242,10 @@ std::vector<RecordSection> RecordSections(TomlSection* root) {
   std::vector<RecordSection> found;
   for (const RecordReader& reader : kReaders)
     for (TomlSection& section : root->List(reader.key)) found.push_back({section, &reader});
+  for (TomlSection& group : root->List("fields")) {
+    for (TomlSection& section : group.List("each")) found.push_back({section, &kFieldReader});
+    group.Finish();
+  }
   std::ranges::stable_sort(found, {}, [](const RecordSection& each) { return each.section.Where(); });
   return found;
 }
@@ -245,13 +262,14 @@ VendorTable ReadIadt(TomlSection* root) {
   for (RecordSection& each : found) {
     each.section.Try([&] {
       each.section.Skip("allow");
-      const PlacedRecord placed = each.reader->read(&each.section, sequences);
-      for (const Origin& origin : placed.origins)
-        origins.push_back({acpi::kHeaderBytes + size + origin.offset, origin.spot});
       const size_t first = acpi::kHeaderBytes + size;
-      size += placed.record.Build().size();
+      for (const PlacedRecord& placed : each.reader->read(&each.section, sequences)) {
+        for (const Origin& origin : placed.origins)
+          origins.push_back({acpi::kHeaderBytes + size + origin.offset, origin.spot});
+        size += placed.record.Build().size();
+        builder.Add(placed.record);
+      }
       ReadAllowed(&each.section, first, acpi::kHeaderBytes + size, &allowed);
-      builder.Add(placed.record);
     });
     if (size > kTableLimit) throw BoardFileError(each.section.Where(), "the records must fit into 16 MiB");
   }

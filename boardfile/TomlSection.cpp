@@ -122,6 +122,16 @@ bool TomlSection::IsList(std::string_view key) const {
   return node && !node->is_integer();
 }
 
+bool TomlSection::IsText(std::string_view key) const {
+  const toml::node* node = content_->table.get(key);
+  return node && node->is_string();
+}
+
+bool TomlSection::IsTable(std::string_view key) const {
+  const toml::node* node = content_->table.get(key);
+  return node && node->is_table();
+}
+
 void TomlSection::Fail(std::string_view key, const std::string& expected) const { Fail(key, expected, "", {}); }
 
 void TomlSection::Fail(std::string_view key, const std::string& expected, std::string word,

@@ -56,6 +56,8 @@ class TomlSection {
   bool Has(std::string_view key) const;
   /// Whether the key's value is something for ByteList and not a single number.
   bool IsList(std::string_view key) const;
+  bool IsText(std::string_view key) const;
+  bool IsTable(std::string_view key) const;
   [[noreturn]] void Fail(std::string_view key, const std::string& expected) const;
   /// The same where the value is `word` and should be one of `candidates`.
   [[noreturn]] void Fail(std::string_view key, const std::string& expected, std::string word,

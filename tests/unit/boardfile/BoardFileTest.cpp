@@ -91,6 +91,96 @@ TEST(BoardCommand, MayStandForANamedSequence) {
   EXPECT_EQ(Bytes(body.begin() + 27, body.end()), (Bytes{0x01, 0x87, 0x88, 0x02}));
 }
 
+TEST(BoardSequence, MayUseOthers) {
+  const Bytes body = IadtBody(
+      "[sequences]\nall = [ { use = \"one\" }, { raw = \"03\" }, { use = \"one\" } ]\none = [ { raw = \"01\" } ]\n"
+      "[[feature]]\nfunction = \"BTState\"\ncommands = [ { use = \"all\" } ]\n");
+  EXPECT_EQ(Bytes(body.begin() + 27, body.end()), (Bytes{0x01, 0x03, 0x01}));
+  EXPECT_THAT(ParseBoard("[sequences]\na = [{ use = \"b\" }]\nb = [{ use = \"a\" }]\n", "b.toml").error,
+              testing::EndsWith("must be a sequence that does not use itself"));
+  std::string deep = "[sequences]\n";
+  for (int i = 0; i < 100; ++i) deep += "s" + std::to_string(i) + " = [{ use = \"s" + std::to_string(i + 1) + "\" }]\n";
+  EXPECT_THAT(ParseBoard(deep + "s100 = []\n", "b.toml").error,
+              testing::EndsWith("must be within 16 sequences that use each other"));
+}
+
+// --- fields ---
+
+/// A field by itself and the features that it stands for are the same bytes.
+void ExpectSame(const std::string& field, const std::string& features) {
+  EXPECT_EQ(IadtBody(("[sequences]\nin = [{ raw = \"01\" }]\nout = [{ raw = \"02\" }]\n[[field]]\n" + field).c_str()),
+            IadtBody(features.c_str()))
+      << field;
+}
+
+std::string Feature(const std::string& function, int index, int value, const std::string& commands) {
+  return "[[feature]]\nfunction = \"" + function + "\"\nindex = " + std::to_string(index) +
+         "\nvalue = " + std::to_string(value) + "\ncommands = [" + commands + "]\n";
+}
+
+/// Setting and reading of a port's bits.
+std::string PortState(const char* port, int keep, int mask, int value) {
+  const std::string place = std::string("{ port = ") + port;
+  return place + ", set = \"write and or\", and = " + std::to_string(keep) + ", or = " + std::to_string(value) +
+         " }, " + place + ", get = \"read and\", and = " + std::to_string(mask) +
+         ", expected = " + std::to_string(value) + " }";
+}
+
+TEST(BoardField, SetsAndReadsABitForEachState) {
+  ExpectSame("function = \"BTState\"\nport = 0x500\nbit = 4\n",
+             Feature("BTState", 0, 0, PortState("0x500", 0xEF, 0x10, 0)) +
+                 Feature("BTState", 0, 1, PortState("0x500", 0xEF, 0x10, 0x10)));
+}
+
+TEST(BoardField, HasABitOfItsOwnForEachInstance) {
+  ExpectSame(
+      "function = \"DigitalIOState\"\nindex = \"1..2\"\nvalues = { low = 0, high = 1 }\nport = 0x500\nbit = "
+      "\"index\"\n",
+      Feature("DigitalIOState", 1, 0, PortState("0x500", 0xFD, 2, 0)) +
+          Feature("DigitalIOState", 1, 1, PortState("0x500", 0xFD, 2, 2)) +
+          Feature("DigitalIOState", 2, 0, PortState("0x500", 0xFB, 4, 0)) +
+          Feature("DigitalIOState", 2, 1, PortState("0x500", 0xFB, 4, 4)));
+}
+
+TEST(BoardField, MovesOnByAStepAndTakesCodes) {
+  ExpectSame(
+      "function = \"ComType\"\nindex = [3, 5]\nvalues = [7]\ncodes = [2]\nport = 0x500\nstep = 0x10\nbits = \"1..2\"\n",
+      Feature("ComType", 3, 7, PortState("0x500", 0xF9, 6, 4)) +
+          Feature("ComType", 5, 7, PortState("0x510", 0xF9, 6, 4)));
+  // A mask's codes are whole.
+  ExpectSame("function = \"BTState\"\nvalues = [1]\ncodes = [0x81]\nport = 0x500\nmask = 0x81\n",
+             Feature("BTState", 0, 1, PortState("0x500", 0x7E, 0x81, 0x81)));
+}
+
+TEST(BoardField, StandsBetweenSequencesInTheDirectionsItHas) {
+  ExpectSame(
+      "function = \"MFGState\"\nvalues = [1]\nmemory = 0x100\nwidth = 4\nbit = 16\naccess = \"get\"\n"
+      "before = \"in\"\nafter = \"out\"\n",
+      Feature("MFGState", 0, 1,
+              "{ raw = \"01\" }, { memory = 0x100, width = 4, get = \"read and\", and = 0x10000, expected = 0x10000 }, "
+              "{ raw = \"02\" }"));
+  ExpectSame(
+      "function = \"Backlight\"\nvalues = [2]\nsmbus = 0x40\ncommand = 3\nwidth = 2\nbits = \"8..9\"\naccess = "
+      "\"set\"\n",
+      Feature("Backlight", 0, 2,
+              "{ smbus = 0x40, command = 3, width = 2, set = \"write and or\", and = 0xFCFF, or = 0x200 }"));
+}
+
+TEST(BoardField, MayStandInALine) {
+  EXPECT_EQ(IadtBody("[[fields]]\neach = [\n  { function = \"BTState\", port = 0x500, bit = 0 },\n]\n"),
+            IadtBody("[[field]]\nfunction = \"BTState\"\nport = 0x500\nbit = 0\n"));
+}
+
+TEST(BoardField, IsRefusedWhereItsBitsDoNotFit) {
+  const std::string head = "[[field]]\nfunction = \"BTState\"\nport = 0x500\n";
+  for (const char* bad : {"bit = 8", "bits = \"6..8\"", "mask = 0x100", "bit = 0\nvalues = [2]", "bit = 0\ncodes = [1]",
+                          "bit = 32", "bits = \"2..1\"", "bit = \"first\"", "", "bit = 0\naccess = \"both\"",
+                          "bit = 0\nindex = \"1..300\"", "bit = 0\nbefore = \"none\"", "bit = \"index\"\nindex = [40]"})
+    EXPECT_NE(ParseBoard(head + bad + "\n", "b.toml").error, "") << bad;
+  EXPECT_THAT(ParseBoard("format = 2\n", "b.toml").error, HasSubstr("\"format\" of the board file must be"));
+  EXPECT_EQ(ParseBoard("format = 1\n", "b.toml").error, "");
+}
+
 TEST(BoardSensor, HasParametersAndCommandsAtTheirPlaces) {
   const Bytes body = IadtBody(
       "[[sensor]]\nquantity = \"temperature\"\nkind = 3\nname = \"CPU\"\nshift = 16\nwidth = 8\n"

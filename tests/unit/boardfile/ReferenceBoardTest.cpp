@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
 #include <map>
 #include <set>
 
@@ -32,6 +36,20 @@ TEST_F(ReferenceBoard, Loads) {
   EXPECT_EQ(loaded.error, "");
   ASSERT_TRUE(loaded.board);
   EXPECT_FALSE(loaded.board->live);
+}
+
+TEST_F(ReferenceBoard, IsTheTableThatItHasBeen) {
+  // FNV-1a over the bytes of the table that stood here record by record.
+  uint64_t hash = 0xcbf29ce484222325;
+  for (const uint8_t byte : iadt) hash = (hash ^ byte) * 0x100000001b3;
+  EXPECT_EQ(iadt.size(), 16632u);
+  EXPECT_EQ(hash, 0xa7225f6d1a693373);
+}
+
+TEST_F(ReferenceBoard, IsReadInMinutes) {
+  std::ifstream file(REFERENCE_BOARD);
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  EXPECT_LT(std::ranges::count(text, '\n'), 500);
 }
 
 TEST_F(ReferenceBoard, HasSeveralStatesOfEveryFeatureThatAFunctionReads) {
