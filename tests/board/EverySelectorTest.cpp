@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every selector of the exported functions that are no feature states: before a start, on a board without what they
 // need, on one with an empty table, on one with one entry, and after the tear-down.
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Arithmetic of the walks over tables and commands, proved for every input.
 
 Each lemma is about one piece of src/layout or src/tables, modelled here in bit vectors of the widths that the code has; the

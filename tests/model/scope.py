@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Compares the library with the model over whole small spaces, member by member.
 
 usage: scope.py --driver PROGRAM [SPACE...]
