@@ -150,6 +150,40 @@ TEST_F(AmdPromontory, LeavesThePortPairAloneFromRevision0x51On) {
   EXPECT_THAT(PortLog(), testing::Each(testing::Field(&sim::Access::address, testing::Ne(0xCD6u))));
 }
 
+// --- revisions of one function that differ ---
+
+/// Where the base is looked for first, by the last revision of one way and the first of the next.
+struct Generation {
+  const char* platform;
+  uint8_t revision;
+  uint64_t mapped;  ///< bytes up to the end of the register in the page at 0xFED80000; 0: another way
+};
+
+class SMBusGeneration : public SMBusChipset, public testing::WithParamInterface<Generation> {};
+
+TEST_P(SMBusGeneration, IsToldByTheRevision) {
+  Attach(GetParam().platform);
+  board.Pci(0, 0x14, 0).Set(8, 1, GetParam().revision);
+  Read();
+  uint64_t mapped = 0;
+  for (const sim::Access& access : board.Log())
+    if (mapped == 0 && access.kind == sim::Access::kMap && access.address == 0xFED80000) mapped = access.value;
+  EXPECT_EQ(mapped, GetParam().mapped);
+}
+
+// 32 bits at 0x32C, or 16 at 0x300.
+INSTANTIATE_TEST_SUITE_P(Fch, SMBusGeneration,
+                         testing::Values(Generation{"sb800", 0x3F, 0}, Generation{"sb800", 0x40, 0x330},
+                                         Generation{"hudson", 0x3F, 0x330}, Generation{"hudson", 0x40, 0x330},
+                                         Generation{"hudson", 0x41, 0x302}));
+
+TEST_F(AmdPromontory, TriesThePortPairUpToRevision0x50) {
+  Attach("promontory", {{"pm_memory", 0}});
+  board.Pci(0, 0x14, 0).Set(8, 1, 0x50);
+  Read();
+  EXPECT_THAT(PortLog(), testing::Contains(testing::Field(&sim::Access::address, 0xCD6u)));
+}
+
 // --- what firmware left off stays off ---
 
 class SMBusCareful : public SMBusChipset, public testing::WithParamInterface<const char*> {};
