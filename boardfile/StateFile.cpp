@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The state is TOML: tables of bytes that differ from those of a fresh board, by their numbers.
 #include "boardfile/StateFile.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// A simulated board that outlives the program: what programs changed on it, in a file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What programs have changed on a board, taken down and put back.
 #include "sim/BoardImpl.h"
 

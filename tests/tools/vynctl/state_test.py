@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """A simulated board that remembers what calls changed."""
 import fcntl
 import pathlib
