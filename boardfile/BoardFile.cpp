@@ -3,12 +3,9 @@
 #include "boardfile/BoardFile.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 
 #include "boardfile/Description.h"
+#include "boardfile/Includes.h"
 #include "boardfile/MachineFile.h"
 #include "boardfile/TomlSection.h"
 
@@ -16,8 +13,6 @@ namespace boardfile {
 
 namespace {
 
-/// Dots of one line; keys of more parts would nest tables deeper than they can be released again.
-constexpr ptrdiff_t kDotLimit = 24;
 /// Files of this format will always be read.
 constexpr uint64_t kFormat = 1;
 
@@ -27,38 +22,18 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-void CheckDots(std::string_view text) {
-  unsigned number = 1;
-  while (!text.empty()) {
-    const size_t end = text.find('\n');
-    const std::string_view line = text.substr(0, end);
-    const size_t first = line.find_first_not_of(" \t");
-    const bool comment = first != line.npos && line[first] == '#';
-    if (!comment && std::count(line.begin(), line.end(), '.') > kDotLimit)
-      throw BoardFileError(Spot{.line = number}, "expected at most 24 dots in one line");
-    if (end == text.npos) return;
-    text.remove_prefix(end + 1);
-    ++number;
-  }
-}
-
-TomlSection ReadRoot(std::string_view text, const std::string& name) {
-  if (text.size() > kBoardFileLimit) throw BoardFileError(Spot{}, "expected a file of at most 4 MiB");
-  CheckDots(text);
-  return TomlSection::Parse(text, name, "the board file");
-}
-
-void Read(TomlSection* root, LoadedBoard* loaded) {
+void Read(TomlSection* root, std::vector<IncludedFile>* included, LoadedBoard* loaded) {
   auto board = std::make_unique<sim::Board>();
   board->logging = false;
-  loaded->firmware = ReadFirmware(root);
+  loaded->firmware = ReadFirmware(root, included);
   ReadMachine(root, board.get());
   loaded->firmware.PutInto(board.get());
   loaded->board = std::move(board);
 }
 
-void Read(TomlSection* root, CompiledFirmware* compiled) {
-  compiled->firmware = ReadFirmware(root);
+void Read(TomlSection* root, std::vector<IncludedFile>* included, CompiledFirmware* compiled) {
+  compiled->firmware = ReadFirmware(root, included);
+  for (const IncludedFile& file : *included) compiled->included.push_back(file.path);
   for (const char* section : kMachineSections) root->Skip(section);
 }
 
@@ -70,18 +45,36 @@ Result Refused(const std::string& name, std::vector<Complaint> complaints) {
   return result;
 }
 
+void CheckFormat(TomlSection* root) {
+  if (root->Number("format", kFormat, kFormat) != kFormat)
+    root->Fail("format", "1, which is all that this program reads");
+}
+
+std::vector<Complaint> AllComplaints(const TomlSection& root, const std::vector<IncludedFile>& included) {
+  std::vector<Complaint> complaints = root.Complaints();
+  for (const IncludedFile& file : included) {
+    const std::vector<Complaint> more = file.root.Complaints();
+    complaints.insert(complaints.end(), more.begin(), more.end());
+  }
+  return complaints;
+}
+
+/// `path`: where the text lies, for the files that it includes; "" when it comes from nowhere.
 template <typename Result>
-Result ParseText(std::string_view text, const std::string& name) {
+Result ParseText(std::string_view text, const std::string& name, const std::string& path) {
   try {
     Result result;
     TomlSection root = ReadRoot(text, name);
+    std::vector<IncludedFile> included;
     root.Try([&] {
-      if (root.Number("format", kFormat, kFormat) != kFormat)
-        root.Fail("format", "1, which is all that this program reads");
-      Read(&root, &result);
+      CheckFormat(&root);
+      included = ReadIncludes(&root, path);
+      for (IncludedFile& file : included) file.root.Try([&] { CheckFormat(&file.root); });
+      Read(&root, &included, &result);
       root.Finish();
+      for (const IncludedFile& file : included) file.root.Finish();
     });
-    const std::vector<Complaint> complaints = root.Complaints();
+    const std::vector<Complaint> complaints = AllComplaints(root, included);
     return complaints.empty() ? std::move(result) : Refused<Result>(name, complaints);
   } catch (const BoardFileError& error) {
     return Refused<Result>(name, {error.complaint});
@@ -90,14 +83,11 @@ Result ParseText(std::string_view text, const std::string& name) {
 
 template <typename Result>
 Result ParseFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::string text(kBoardFileLimit + 1, '\0');
-  if (!file.read(text.data(), static_cast<std::streamsize>(text.size())) && !file.eof()) {
-    return Refused<Result>(
-        path, {{.spot = {}, .text = "expected a readable board file: " + std::string(std::strerror(errno))}});
+  try {
+    return ParseText<Result>(ReadWhole(path), path, path);
+  } catch (const BoardFileError& error) {
+    return Refused<Result>(path, {error.complaint});
   }
-  text.resize(static_cast<size_t>(file.gcount()));
-  return ParseText<Result>(text, path);
 }
 
 }  // namespace
@@ -107,11 +97,13 @@ std::string LineOf(const Complaint& complaint, const std::string& name) {
   return OneLine(file + ":" + std::to_string(complaint.spot.line) + ": " + complaint.text);
 }
 
-LoadedBoard ParseBoard(std::string_view text, const std::string& name) { return ParseText<LoadedBoard>(text, name); }
+LoadedBoard ParseBoard(std::string_view text, const std::string& name) {
+  return ParseText<LoadedBoard>(text, name, "");
+}
 LoadedBoard LoadBoard(const std::string& path) { return ParseFile<LoadedBoard>(path); }
 
 CompiledFirmware CompileText(std::string_view text, const std::string& name) {
-  return ParseText<CompiledFirmware>(text, name);
+  return ParseText<CompiledFirmware>(text, name, "");
 }
 CompiledFirmware CompileFile(const std::string& path) { return ParseFile<CompiledFirmware>(path); }
 

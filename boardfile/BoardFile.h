@@ -34,6 +34,7 @@ struct CompiledFirmware {
   std::optional<Firmware> firmware;  ///< empty when the file is wrong
   std::string error;                 ///< as of LoadedBoard
   std::vector<Complaint> complaints = {};
+  std::vector<std::string> included = {};  ///< paths of the files that it takes parts from
 };
 
 /// Reads the firmware part alone; what the machine's sections hold is not looked at.

@@ -168,7 +168,12 @@ namespace {
 /// Reads what a sequence uses before the sequence itself.
 class SequenceReader {
  public:
-  explicit SequenceReader(TomlSection* section) : section_(*section), names_(section->Keys()) {}
+  SequenceReader(TomlSection* section, const Sequences& known)
+      : section_(*section), names_(section->Keys()), sequences_(known) {
+    for (const std::string& name : names_)
+      if (known.contains(name))
+        section_.Try([&] { section_.Fail(name, "another name: an included file has a sequence of this one"); });
+  }
 
   Sequences Read() {
     for (const std::string& name : names_) ReadOne(name);
@@ -225,9 +230,9 @@ Command ReadPlace(TomlSection* section) {
   throw BoardFileError(section->Where(), "a field needs memory, port, index_port or smbus");
 }
 
-Sequences ReadSequences(TomlSection* root) {
+Sequences ReadSequences(TomlSection* root, const Sequences& known) {
   auto section = root->Sub("sequences");
-  return section ? SequenceReader(&*section).Read() : Sequences{};
+  return section ? SequenceReader(&*section, known).Read() : known;
 }
 
 }  // namespace boardfile

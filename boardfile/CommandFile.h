@@ -15,7 +15,8 @@ namespace boardfile {
 using Sequences = std::map<std::string, std::vector<firmware::Command>>;
 
 /// Sequences may use others, in any order of the file, but not themselves.
-Sequences ReadSequences(TomlSection* root);
+/// `known`: those of other files, which they may use and whose names they do not take.
+Sequences ReadSequences(TomlSection* root, const Sequences& known);
 /// The commands of the sequence that the value of `key` names; throws BoardFileError when there is none.
 const std::vector<firmware::Command>& FindSequence(const TomlSection& section, std::string_view key,
                                                    const std::string& name, const Sequences& sequences);

@@ -250,9 +250,16 @@ std::vector<RecordSection> RecordSections(TomlSection* root) {
   return found;
 }
 
-VendorTable ReadIadt(TomlSection* root) {
-  const Sequences sequences = ReadSequences(root);
-  std::vector<RecordSection> found = RecordSections(root);
+VendorTable ReadIadt(TomlSection* root, std::vector<IncludedFile>* included) {
+  Sequences sequences;
+  std::vector<RecordSection> found;
+  const auto take = [&](TomlSection* file) {
+    sequences = ReadSequences(file, sequences);
+    const std::vector<RecordSection> more = RecordSections(file);
+    found.insert(found.end(), more.begin(), more.end());
+  };
+  for (IncludedFile& file : *included) file.root.Try([&] { take(&file.root); });
+  take(root);
   auto own = root->Sub("iadt");
   if (found.empty() && !own) return {};
   IadtBuilder builder;
@@ -433,9 +440,9 @@ std::optional<AcpiImage> ReadAcpi(TomlSection* root, const VendorTable& iamt, co
 
 }  // namespace
 
-Firmware ReadFirmware(TomlSection* root) {
+Firmware ReadFirmware(TomlSection* root, std::vector<IncludedFile>* included) {
   VendorTable iadt, iamt;
-  root->Try([&] { iadt = ReadIadt(root); });
+  root->Try([&] { iadt = ReadIadt(root, included); });
   root->Try([&] { iamt = ReadIamt(root); });
   Firmware firmware{.iadt = iadt.bytes,
                     .iamt = iamt.bytes,

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "boardfile/Includes.h"
 #include "boardfile/TomlSection.h"
 #include "firmware/AcpiImage.h"
 #include "firmware/Bytes.h"
@@ -43,8 +44,8 @@ struct Firmware {
   }
 };
 
-/// Reads [bios], [iadt], [iamt], [acpi], [[feature]], [[sensor]], [[record]] and [sequences] of the file's root; throws
-/// BoardFileError.
-Firmware ReadFirmware(TomlSection* root);
+/// Reads [bios], [iadt], [iamt], [acpi], [[feature]], [[sensor]], [[field]], [[record]] and [sequences] of the file's
+/// root, and the last five of the files that it includes, which come first; throws BoardFileError.
+Firmware ReadFirmware(TomlSection* root, std::vector<IncludedFile>* included);
 
 }  // namespace boardfile

@@ -167,6 +167,7 @@ CompiledBoard CompileBoard(const std::string& path) {
     throw BadInput(lines);
   }
   CompiledBoard board{.images = {}, .files = {path}};
+  board.files.insert(board.files.end(), compiled.included.begin(), compiled.included.end());
   for (const PartRow& part : kParts) {
     const Bytes& bytes = (*compiled.firmware).*part.bytes;
     if (bytes.empty()) continue;

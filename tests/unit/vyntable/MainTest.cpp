@@ -361,6 +361,62 @@ TEST_F(Vyntable, NamesEveryRuleWithReasonAndCure) {
                                         "  Take the command out.\n"));
 }
 
+// --- included files ---
+
+class Includes : public Vyntable {
+ protected:
+  Includes() { fs::create_directories(directory / "chips"); }
+  void Board(const std::string& include, const std::string& rest) const {
+    Write("b.toml", "include = " + include + "\n" + kOwner + rest);
+  }
+};
+
+TEST_F(Includes, BringSequencesAndRecordsThatComeFirst) {
+  Write("chips/io.toml",
+        "include = [\"base.toml\"]\n[sequences]\nselect = [{ use = \"unlock\" }, { port = 0x2F, set = \"write\" }]\n"
+        "[[feature]]\nfunction = \"OTPState\"\nvalue = 2\ncommands = [{ use = \"select\" }]\n");
+  Write("chips/base.toml", "[sequences]\nunlock = [{ port = 0x2E, set = \"write\" }]\n");
+  Board("[\"chips/io.toml\"]", "[[feature]]\nfunction = \"BTState\"\nvalue = 1\ncommands = [{ use = \"select\" }]\n");
+  Write("whole.toml", std::string(kOwner) +
+                          "[sequences]\nselect = [{ port = 0x2E, set = \"write\" }, { port = 0x2F, set = \"write\" }]\n"
+                          "[[feature]]\nfunction = \"OTPState\"\nvalue = 2\ncommands = [{ use = \"select\" }]\n"
+                          "[[feature]]\nfunction = \"BTState\"\nvalue = 1\ncommands = [{ use = \"select\" }]\n");
+  EXPECT_EQ(Run("compile b.toml -o one.bin -MD").status, 0);
+  EXPECT_EQ(Run("compile whole.toml -o other.bin").status, 0);
+  EXPECT_EQ(Read("one.bin"), Read("other.bin"));
+  EXPECT_EQ(Read("one.d"),
+            "one.bin: \\\n  b.toml \\\n  chips/base.toml \\\n  chips/io.toml\n\n"
+            "chips/base.toml:\n\nchips/io.toml:\n");
+}
+
+TEST_F(Includes, AreNamedInFindingsAndMistakes) {
+  Write("chips/io.toml", "[[feature]]\nfunction = \"OTPState\"\n");
+  Board("[\"chips/io.toml\"]", "");
+  EXPECT_THAT(Run("check b.toml").output, HasSubstr("chips/io.toml:1:1: warning: an entry without commands"));
+  Write("chips/io.toml", "[[feature]]\nfunction = \"OTPState\"\nvalu = 1\n[board]\n");
+  Board("[\"chips/io.toml\"]", "colour = 1\n");
+  EXPECT_EQ(Run("check b.toml").output,
+            "vyntable: b.toml:5:1: \"colour\" is not a key of [iadt]\n"
+            "vyntable: chips/io.toml:3:1: \"valu\" is not a key of [[feature]] (did you mean 'value'?)\n"
+            "vyntable: chips/io.toml:4:2: \"board\" is not a key of the board file\n");
+}
+
+TEST_F(Includes, StayInTheFolderAndEnd) {
+  Write("chips/a.toml", "include = [\"../b.toml\"]\n");
+  Board("[\"chips/a.toml\"]", "");
+  EXPECT_THAT(Run("check b.toml").output, HasSubstr("files that do not include each other, not \"../b.toml\""));
+  for (const char* outside : {"[\"../x.toml\"]", "[\"/etc/hostname\"]", "[\"chips/../../x.toml\"]"}) {
+    Board(outside, "");
+    EXPECT_THAT(Run("check b.toml").output, HasSubstr("paths of files in the folder of the board file or below"))
+        << outside;
+  }
+  Board("[\"none.toml\"]", "");
+  EXPECT_THAT(Run("check b.toml").output, HasSubstr("none.toml:1:1: expected a readable board file"));
+  Write("chips/a.toml", "[sequences]\ns = []\n");
+  Board("[\"chips/a.toml\", \"chips/a.toml\"]", "[sequences]\ns = []\n");
+  EXPECT_THAT(Run("check b.toml").output, HasSubstr("\"s\" of [sequences] must be another name"));
+}
+
 // --- differences ---
 
 TEST_F(Vyntable, TellsDifferencesByFeatureInstanceAndState) {
