@@ -20,5 +20,6 @@ Syntax DescribeCheck();
 Syntax DescribeExplain();
 Syntax DescribeTest();
 Syntax DescribeDiff();
+Syntax DescribeNew();
 
 }  // namespace vyntable

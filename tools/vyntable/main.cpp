@@ -27,6 +27,7 @@ constexpr Subcommand kSubcommands[] = {
     {"check", "find what the library would stumble over", DescribeCheck},
     {"explain", "say in words what each record and command does", DescribeExplain},
     {"test", "try everything on the board's simulated machine", DescribeTest},
+    {"new", "begin a board file", DescribeNew},
     {"diff", "say in words how two firmwares differ", DescribeDiff},
 };
 

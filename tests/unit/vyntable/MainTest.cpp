@@ -361,6 +361,25 @@ TEST_F(Vyntable, NamesEveryRuleWithReasonAndCure) {
                                         "  Take the command out.\n"));
 }
 
+// --- new boards ---
+
+TEST_F(Vyntable, BeginsABoardThatIsInOrder) {
+  EXPECT_EQ(Run("new --maker ACME --board B1 --model 'ACME Board 1' --chip 0x0215 -o b.toml </dev/null").status, 0);
+  EXPECT_EQ(Run("check --strict b.toml").output, "0 errors, 0 warnings, 0 notes\n");
+  EXPECT_THAT(Run("test b.toml").output,
+              testing::EndsWith("25 tried, 0 failed\n"));  // 8 lines: read, low, high; a voltage
+  EXPECT_EQ(Run("compile b.toml -o t").status, 0);
+  EXPECT_EQ(Read("t/iamt.bin").substr(10, 10), std::string("ACME\0\0B1\0\0", 10));
+  EXPECT_EQ(Run("new --maker ACME --board B1 --model M -o b.toml").output, "vyntable: b.toml: is there already\n");
+}
+
+TEST_F(Vyntable, WantsPlainNamesForANewBoard) {
+  EXPECT_EQ(Run("new --maker ACME </dev/null").output, "vyntable: new needs --board, or a terminal to ask at\n");
+  EXPECT_EQ(Run("new --maker TOOLONG --board B --model M </dev/null").output,
+            "vyntable: --maker takes up to 6 characters of plain text, not 'TOOLONG'\n");
+  EXPECT_EQ(Run("new --maker 'A\"B' --board B --model M </dev/null").status, 2);
+}
+
 // --- included files ---
 
 class Includes : public Vyntable {
