@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Masks from bits, states from values, places from the instance.
 #include "boardfile/FieldFile.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Fields of registers: one section for all states of all instances that bits of a register stand for.
 #pragma once
 

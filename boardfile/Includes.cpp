@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files are told apart by where they lie, whatever way leads there.
 #include "boardfile/Includes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The files that a board file takes sequences and records from.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // 'vyntable new': a board file to begin with, from flags or from answers.
 #include <unistd.h>
 
