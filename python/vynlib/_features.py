@@ -7,7 +7,7 @@ import contextlib
 import importlib
 import pathlib
 import struct
-from typing import Any, Dict, Iterator, NamedTuple, Optional, Set, Tuple
+from typing import Any, Dict, Iterable, Iterator, NamedTuple, Optional, Set, Tuple
 
 from vynlib._native import INDEXED_GET, INDEXED_SET, PLAIN_GET, PLAIN_SET, WORD_GET
 
@@ -104,18 +104,31 @@ def _toml_reader() -> Any:
     return None
 
 
+def _numbers(value: Any) -> Iterable[int]:
+    """A number, a list of them, a range "0..7", or numbers by names."""
+    if isinstance(value, dict):
+        return (int(number) for number in value.values())
+    if isinstance(value, str):
+        first, _, last = value.partition("..")
+        return range(int(first, 0), int(last or first, 0) + 1)
+    return value if isinstance(value, (list, tuple)) else (value,)
+
+
 def entries_of_board(path: str) -> Entries:
     """What a board description lists; nothing where Python has no reader of TOML (before 3.11, without tomli)."""
     reader = _toml_reader()
     if reader is None:
         return {}
     with open(path, "rb") as file:
-        features = reader.load(file).get("feature", [])
+        board = reader.load(file)
+    fields = [*board.get("field", ()), *(field for group in board.get("fields", ()) for field in group.get("each", ()))]
     types = {row.record_name: row.record_type for row in ROWS}
     found: Entries = {}
-    for entry in features:
+    for entry in (*board.get("feature", ()), *fields):
         instances = found.setdefault(types.get(entry.get("function"), entry.get("type", 0)), {})
-        instances.setdefault(entry.get("index", 0), set()).add(entry.get("value", 0))
+        for instance in _numbers(entry.get("index", 0)):
+            values_of = entry.get("values", (0, 1)) if entry in fields else entry.get("value", 0)
+            instances.setdefault(instance, set()).update(_numbers(values_of))
     return found
 
 
