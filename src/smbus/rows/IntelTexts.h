@@ -75,7 +75,11 @@ inline constexpr char kIchBuffer[] =
 inline constexpr char kIchPassLastByte[] =
     "CMDS{BkIf1(Sub(Local8,0x41)); Local1=And(Local6,0x81); BkIf1(Xor(Local1,0x81)); o(Local0,0x80); "
     "Local6=i(Local0)} ";
-inline constexpr char kIchRestoreHost[] = "CMDS{BkIf0(And(Local5,0x100)); Local1=Add(Local0,0xd); o(Local1,Local5)} ";
+// A host that was on has its settings back while it is still ours; one that was off needs to stay on until the
+// semaphore is given back.
+inline constexpr char kIchRestoreHost[] =
+    "CMDS{BkIf0(And(Local5,0x100)); Local1=Add(Local0,0xd); o(Local1,Local5)} "
+    "CMDS{BkIf0(And(LocalD,0x100)); BkIf0(And(LocalD,1)); EWpci(LocalF,0x40,LocalD); LocalD=0} ";
 inline constexpr char kIchRestoreFunction[] =
     "CMDS{BkIf0(And(LocalD,0x100)); EWpci(LocalF,0x40,LocalD)} CMDS{BkIf0(And(LocalB,0x100)); "
     "EWpci(LocalF,4,LocalB)} CMDS{BkIf0(And(LocalC,0x10000)); EWpci16(LocalF,0x20,LocalC)} ";

@@ -286,6 +286,45 @@ TEST_F(IntelByteBlocks, AreNotToldWhenWritten) {
   EXPECT_THAT(PortLog(), testing::Not(testing::Contains(Out8(0xEFA2, 0x34))));
 }
 
+// --- Intel's host in I2C mode: configuration 0x40 bit 2 ---
+
+class IntelHostMode : public SMBusChipset {
+ protected:
+  /// The log without the reads of configuration space; writes to it as "register <- value".
+  std::vector<std::string> HostWrites() const {
+    std::vector<std::string> writes;
+    uint64_t latch = 0;
+    for (const sim::Access& access : board.PortLog()) {
+      if (access.kind != sim::Access::kOut) continue;
+      if (access.address == kPciPorts)
+        latch = access.value;
+      else if (access.address > kPciPorts && access.address <= kPciEnd)
+        writes.push_back("configuration " + std::to_string(latch & 0xFF) + " <- " + std::to_string(access.value));
+      else
+        writes.push_back("port " + std::to_string(access.address - 0xEFA0) + " <- " + std::to_string(access.value));
+    }
+    return writes;
+  }
+};
+
+TEST_F(IntelHostMode, IsSetAndPutBackWhileTheHostIsOurs) {
+  Attach("pch8");
+  board.Pci(0, 0x1f, 3).Set(0x40, 1, 5);
+  EXPECT_EQ(Read(), kRead);
+  EXPECT_THAT(HostWrites(),
+              ElementsAre("configuration 64 <- 1", "port 13 <- 2", "port 4 <- 161", "port 3 <- 16", "port 2 <- 72",
+                          "port 0 <- 2", "port 13 <- 0", "configuration 64 <- 5", "port 0 <- 64"));
+}
+
+TEST_F(IntelHostMode, IsPutBackLastWhereTheHostWasOff) {
+  Attach("pch8");
+  board.Pci(0, 0x1f, 3).Set(0x40, 1, 4);
+  EXPECT_EQ(Read(), kRead);
+  EXPECT_THAT(HostWrites(), ElementsAre("configuration 64 <- 1", "configuration 4 <- 1", "port 13 <- 2",
+                                        "port 4 <- 161", "port 3 <- 16", "port 2 <- 72", "port 0 <- 2", "port 13 <- 0",
+                                        "port 0 <- 64", "configuration 64 <- 4", "configuration 4 <- 1"));
+}
+
 using Intel6300Esb = SMBusChipset;
 
 // Its registers 0xf0 to 0xf3 decode the firmware hub and disable functions; taken for a root complex base they would
