@@ -20,7 +20,8 @@ std::vector<PciValue> Function(PciAt at, uint32_t id, uint32_t classCode, uint32
           {at, kClass + 2, 1, classCode >> 16}};
 }
 
-std::vector<PciValue> operator+(std::vector<PciValue> left, const std::vector<PciValue>& right) {
+template <typename T>
+std::vector<T> operator+(std::vector<T> left, const std::vector<T>& right) {
   left.insert(left.end(), right.begin(), right.end());
   return left;
 }
@@ -171,13 +172,10 @@ Platform Piix4() {
           .defaultBase = 0xB100};
 }
 
-}  // namespace
-
-const std::vector<SmbusPlatform>& SmbusPlatforms() {
+std::vector<SmbusPlatform> IntelPlatforms() {
   constexpr PciAt k1f1 = {0x1f, 1}, k1f3 = {0x1f, 3}, k1f4 = {0x1f, 4};
   constexpr Extra kRcba = Extra::kRootComplexHide, kNone = Extra::kNone;
-  constexpr Platform::Multiplexer kSb800Ports = {0x2C, 6, 0x2F, 0x2E}, kHudsonPorts = {0x2E, 6}, kFchPorts = {2, 0x18};
-  static const std::vector<SmbusPlatform> platforms = {
+  return {
       Intel("ich5", 0x24D0, k1f3, 0x24D3, Extra::kLpcHide),
       Intel("ich6", 0x2640, k1f3, 0x266A, kNone),
       Intel("6300esb", 0x25A1, k1f3, 0x25A4, kNone),
@@ -206,6 +204,13 @@ const std::vector<SmbusPlatform>& SmbusPlatforms() {
       Intel("cannon-lake", 0xA306, k1f4, 0xA323, kNone),
       Intel("tiger-lake", 0xA082, k1f4, 0xA0A3, kNone),
       WithFunction(Intel("denverton", 0x19DC, k1f4, 0x19DF, kNone), {0x12, 0}, 0x19AC8086, kSmbusClass),
+  };
+}
+
+std::vector<SmbusPlatform> OtherPlatforms() {
+  constexpr Extra kNone = Extra::kNone;
+  constexpr Platform::Multiplexer kSb800Ports = {0x2C, 6, 0x2F, 0x2E}, kHudsonPorts = {0x2E, 6}, kFchPorts = {2, 0x18};
+  return {
       Sch("sch", 0x8119),
       Sch("sch-e6xx", 0x8186),
       Uli("m1563", 0x1563, {3, 0}),
@@ -250,6 +255,12 @@ const std::vector<SmbusPlatform>& SmbusPlatforms() {
       Fch("fch-early", 0x790B1022, 0x42, Extra::kPm2c, kFchPorts),
       Piix4(),
   };
+}
+
+}  // namespace
+
+const std::vector<SmbusPlatform>& SmbusPlatforms() {
+  static const std::vector<SmbusPlatform> platforms = IntelPlatforms() + OtherPlatforms();
   return platforms;
 }
 
