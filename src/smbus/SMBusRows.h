@@ -8,10 +8,10 @@
 
 #include "smbus/TSMBusCfg.h"
 
-/// One script field and its text, in up to seven pieces that follow each other without a gap.
+/// One script field and its text, in up to eight pieces that follow each other without a gap.
 struct SMBusText {
   VynString TSMBusCfg::*field;
-  std::array<const char*, 7> pieces;
+  std::array<const char*, 8> pieces;
 };
 
 /// One record: the fields it sets, in up to three lists of which a later one goes over an earlier one.

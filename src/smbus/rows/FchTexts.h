@@ -23,13 +23,11 @@ inline constexpr char kFchGeneration[] =
 inline constexpr char kFchPortSelect[] =
     "CMDS{Local7=0x2c; Local5=6; BkIf0(Sub(Local2,0x43851002)); Local7=0x2e; Local3=Sub(Local1,0x1f); "
     "BkIf1(And(Local3,0x80000000)); Local7=2; Local5=0x18} ";
-inline constexpr char kFchOldEnable[] =
-    "CMDS{BkIf1(Or(LocalE,0)); LocalC=ERpci16(LocalF,0x90); LocalD=ERpci(LocalF,0xd2); BkIf0(And(LocalC,0xfff0)); "
-    "BkIf1(And(LocalD,1)); Local1=Or(LocalD,1); EWpci(LocalF,0xd2,Local1); LocalD=Or(LocalD,0x100)}";
+// What the old ones share with ServerWorks.
+inline constexpr char kFchOldAlone[] = "CMDS{BkIf1(Or(LocalE,0)); ";
+inline constexpr char kFchOldBase[] = "CMDS{Local0=0x10000; LocalB=0; BkIf1(Or(LocalE,0)); ";
+inline constexpr char kFchOldEnd[] = "} ";
 
-inline constexpr char kFchOldBase[] =
-    "CMDS{Local0=0x10000; LocalB=0; BkIf1(Or(LocalE,0)); Local1=ERpci16(LocalF,0x90); "
-    "BkIf0(Xor(Local1,0xffff)); BkIf0(And(Local1,0xfff0)); Local0=And(Local1,0xfff0)} ";
 inline constexpr char kFchByMemory[] =
     "CMDS{BkIf1(Sub(LocalE,1)); Local1=R32(0xFED8032C)} CMDS{BkIf1(Sub(LocalE,2)); Local1=R16(0xFED80300)} ";
 // Where memory cannot be read (all ones) or shows the host off, the port pair is asked; from revision 0x51 on it may be
@@ -75,13 +73,11 @@ inline constexpr char kFchRestoreSelection[] =
     "CMDS{BkIf1(Sub(Local8,0x41)); BkIf1(Sub(LocalB,1)); BkIf0(And(Local4,0x100)); W(Local3,Local4)} "
     "CMDS{BkIf1(Sub(Local8,0x41)); BkIf1(Sub(LocalB,2)); BkIf0(And(Local4,0x100)); LocalA=i(0xCD6); "
     "oid(0xCD6,0xCD7,Local7,Local4); o(0xCD6,LocalA)} ";
-inline constexpr char kFchOldRestore[] =
-    "CMDS{BkIf1(Or(LocalE,0)); BkIf0(And(LocalD,0x100)); EWpci(LocalF,0xd2,LocalD)}";
-
 inline constexpr SMBusText kFchOwn[] = {
-    {&Cfg::BaseScript1, {kFchOldBase, kFchByMemory, kFchByPorts, kFchTakeBase, kFchSelector}},
+    {&Cfg::BaseScript1,
+     {kFchOldBase, kReadBaseAt90, kTakeBaseFff0, kFchOldEnd, kFchByMemory, kFchByPorts, kFchTakeBase, kFchSelector}},
     {&Cfg::WaitIdleScript, {kFchTakeBus, kAwaitEnd, kStopByBit1, kFchSelectByPorts, kFchSelectByMemory, kClear1e}},
-    {&Cfg::RestoreScript, {kFchRestoreSelection, kFchGiveBusBack, kFchOldRestore}},
+    {&Cfg::RestoreScript, {kFchRestoreSelection, kFchGiveBusBack, kFchOldAlone, kRestoreAtD2, kFchOldEnd}},
 };
 inline constexpr auto kFch = Joined(kClassicRegisters, kStarts, kDoneWaits, kPiixWhole, kFchOwn);
 
@@ -90,7 +86,7 @@ inline constexpr SMBusText kAti[] = {
      {"LocalF=0xa0; Local0=Rpci32(0,0x14,0,0); BkIf0(Sub(Local0,0x43721002)); BkIf0(Sub(Local0,0x43851002)); "
       "Local1=Sub(Local0,0x780b1022); ",
       kZeroDetects}},
-    {&Cfg::EnableScript, {kFchGeneration, kFchPortSelect, kFchOldEnable}},
+    {&Cfg::EnableScript, {kFchGeneration, kFchPortSelect, kFchOldAlone, kEnableAtD2, kFchOldEnd}},
 };
 inline constexpr SMBusText kAmd[] = {
     {&Cfg::DetectScript,

@@ -6,8 +6,9 @@
 /// stopped; waits are times, because between two looks at the status the processor is given away.
 ///
 /// Variables, beyond what TSMBusCfg.h says: Local6 is the status as last read, Local8 what is ours: 0x40 the host, 0x41
-/// with its settings made as well. A saved register has the bit above its own set once it was changed and must be put
-/// back.
+/// with its settings made as well (SCH, SiS and nVidia, which have no semaphore: 1). Local7 and Local9 count looks in
+/// the idle wait; AMD's texts keep what they need of Local3 to Local7 for themselves. A saved register has the bit
+/// above its own set once it was changed and must be put back.
 ///
 /// A text with blocks begins with one and has plain statements at its end only: the interpreter looks for the next
 /// CMDS block before it looks for a loop.

@@ -51,10 +51,10 @@ inline constexpr SMBusText kVia8235[] = {
 
 // Base in 0x90, host enable in 0xd2 bit 0, of the function that LocalF names.
 inline constexpr char kEnableAtD2[] =
-    "CMDS{LocalC=ERpci16(LocalF,0x90); LocalD=ERpci(LocalF,0xd2); BkIf0(And(LocalC,0xfff0)); BkIf1(And(LocalD,1)); "
-    "Local1=Or(LocalD,1); EWpci(LocalF,0xd2,Local1); LocalD=Or(LocalD,0x100)}";
+    "LocalC=ERpci16(LocalF,0x90); LocalD=ERpci(LocalF,0xd2); BkIf0(And(LocalC,0xfff0)); BkIf1(And(LocalD,1)); "
+    "Local1=Or(LocalD,1); EWpci(LocalF,0xd2,Local1); LocalD=Or(LocalD,0x100)";
 inline constexpr char kReadBaseAt90[] = "Local1=ERpci16(LocalF,0x90); ";
-inline constexpr char kRestoreAtD2[] = "CMDS{BkIf0(And(LocalD,0x100)); EWpci(LocalF,0xd2,LocalD)}";
+inline constexpr char kRestoreAtD2[] = "BkIf0(And(LocalD,0x100)); EWpci(LocalF,0xd2,LocalD)";
 inline constexpr SMBusText kServerWorks[] = {
     {&Cfg::DetectScript,
      {"LocalF=0x78; Loop{0x20,Local0=ERpci32(LocalF,0); BkIf0(Sub(Local0,0x02001166)); "
